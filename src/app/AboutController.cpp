@@ -1,0 +1,80 @@
+#include "AboutController.h"
+
+#include "WindowHelpers.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+QIcon AboutController::icon(const QString& resource)
+{
+    QIcon named(resource);
+    return named.isNull() ? QApplication::windowIcon() : named;
+}
+
+AboutController::AboutController(bool firstLaunch, QWidget* parent)
+    : QWidget(parent, Qt::Window)
+{
+    setWindowTitle(firstLaunch ? u"Vexet’e hoş geldin"_s : u"Vexet hakkında"_s);
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+    setFixedSize(width, height);
+
+    auto* stack = new QVBoxLayout;
+    stack->setSpacing(14);
+    stack->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+
+    m_icon = new QLabel(this);
+    m_icon->setFixedSize(iconSize, iconSize);
+    m_icon->setPixmap(icon(u":/icons/AppIcon.svg"_s).pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
+    m_icon->setScaledContents(true);
+    stack->addWidget(m_icon);
+
+    const QFont body = WindowHelpers::systemFont(13);
+    const QList<std::pair<QString, QFont>> rows {
+        { u"Vexet"_s, WindowHelpers::systemFont(32, true) },
+        { u"Hızlı yakala. Kolayca kırp ve kaydet."_s, WindowHelpers::systemFont(18) },
+        { u"Program Yaratıcısı: Vexet ekibi"_s, body },
+        { u"Sürüm: Ömür Boyu Ücretsiz"_s, body },
+        { u"İletişim: projenin hata ve öneri takipçisi (Issues sayfası)"_s, body },
+        { u"Versiyon: v1.2 — Video Kaydı"_s, body },
+        { u"Tamamen ücretsiz ekran görüntüsü ve video kaydı uygulaması. Reklam, abonelik, hesap veya "
+          u"uygulama "
+          u"içi satın alma yok."_s,
+            body },
+        { u"Menü çubuğundaki çerçeve simgesinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan "
+          u"değiştir; önizlemede kırp, kopyala ve kaydet."_s,
+            body },
+        { u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. İlk çekimde macOS ekran kaydı izni "
+          u"ister. Bu tanıtım her macOS kullanıcısı için yalnızca ilk açılışta otomatik gösterilir."_s,
+            WindowHelpers::systemFont(12) },
+    };
+    for (const auto& [text, font] : rows)
+        stack->addWidget(WindowHelpers::wrappingLabel(text, font, this));
+
+    m_button = WindowHelpers::button(firstLaunch ? u"Başlayalım"_s : u"Kapat"_s, this, [this] { dismiss(); });
+    m_button->setDefault(true);
+    stack->addWidget(m_button);
+
+    WindowHelpers::install(stack, this, 24);
+    WindowHelpers::addWindowActions(this);
+
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
+}
+
+void AboutController::showWindow()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void AboutController::dismiss()
+{
+    close();
+}

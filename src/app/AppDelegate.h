@@ -1,0 +1,85 @@
+#pragma once
+
+#include "AboutController.h"
+#include "CaptureMode.h"
+#include "CaptureServiceInterface.h"
+#include "HotKeysInterface.h"
+#include "VideoSideInterface.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <memory>
+
+class Preferences;
+class QSystemTrayIcon;
+
+// The tray application: the status icon and its menu, the dispatch of capture commands with the
+// rules that refuse them, the about and welcome window, and the one path every quit request takes.
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    // The parts the application joins. Any may be missing; its commands then do nothing.
+    struct Services {
+        std::unique_ptr<CaptureServiceInterface> captureService;
+        std::unique_ptr<HotKeysInterface> hotKeys;
+        // Makes the recording window on first use.
+        std::function<std::unique_ptr<VideoSideInterface>()> makeVideoController;
+        // Ends the event loop once quitting is decided; QCoreApplication::exit(0) when unset.
+        std::function<void()> exitEventLoop;
+    };
+
+    AppDelegate(Preferences& preferences, Services services, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    void rebuildMenu();
+    void captureMenu(const QAction* sender);
+    void capture(CaptureMode mode);
+    void toggleVideo();
+    void openSettings();
+    void openAbout();
+    void showAbout(bool firstLaunch);
+    // Every quit request (menu, Ctrl+Q, signals, session) ends here.
+    void quit();
+
+    enum class TerminateReply { terminateNow, terminateLater };
+    TerminateReply applicationShouldTerminate();
+    void applicationWillTerminate();
+
+    // The recording side's report: busy flag and status text.
+    void videoStatusChanged(bool busy, const QString& text);
+
+    QSystemTrayIcon* statusItem() const { return m_statusItem; }
+    QMenu* menu() const { return m_menu; }
+    QAction* videoMenuItem() const { return m_videoMenuItem; }
+    bool videoBusy() const { return m_videoBusy; }
+    AboutController* about() const { return m_about; }
+    VideoSideInterface* videoController() const { return m_videoController.get(); }
+
+    static QString idleToolTip();
+
+Q_SIGNALS:
+    // A screenshot arrived and should open in an editor.
+    void imageCaptured(const QImage& image);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    bool videoSideActive() const;
+    void captureFinished(const CaptureResult& result);
+    void terminateNow();
+
+    Preferences& m_preferences;
+    Services m_services;
+    QSystemTrayIcon* m_statusItem = nullptr;
+    QPointer<QMenu> m_menu;
+    QPointer<QAction> m_videoMenuItem;
+    std::unique_ptr<VideoSideInterface> m_videoController;
+    QPointer<AboutController> m_about;
+    bool m_videoBusy = false;
+    bool m_terminating = false;
+};
