@@ -1,6 +1,7 @@
 #include "X11Input.h"
 
 #include <utility>
+#include <xcb/xcb_keysyms.h>
 #include <xcb/xtest.h>
 
 X11Input::X11Input(X11Connection& connection)
@@ -57,4 +58,46 @@ void X11Input::fake(uint8_t type, uint8_t detail, const QPoint& position)
     // A round trip makes sure the server has taken the event before the caller looks at the result.
     XcbReply<xcb_get_input_focus_reply_t> sync(
         xcb_get_input_focus_reply(m_connection.get(), xcb_get_input_focus(m_connection.get()), nullptr));
+}
+
+uint8_t X11Input::keycodeOf(quint32 keysym) const
+{
+    xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(m_connection.get());
+    if (!symbols)
+        return 0;
+    XcbReply<xcb_keycode_t> codes(xcb_key_symbols_get_keycode(symbols, keysym));
+    xcb_key_symbols_free(symbols);
+    return codes ? codes.get()[0] : 0;
+}
+
+bool X11Input::pressKey(quint32 keysym)
+{
+    const uint8_t keycode = keycodeOf(keysym);
+    if (keycode == 0)
+        return false;
+    fake(XCB_KEY_PRESS, keycode);
+    return true;
+}
+
+bool X11Input::releaseKey(quint32 keysym)
+{
+    const uint8_t keycode = keycodeOf(keysym);
+    if (keycode == 0)
+        return false;
+    fake(XCB_KEY_RELEASE, keycode);
+    return true;
+}
+
+bool X11Input::typeCombination(const QList<quint32>& keysyms)
+{
+    bool known = true;
+    for (quint32 keysym : keysyms) {
+        pause(20);
+        known = pressKey(keysym) && known;
+    }
+    for (auto it = keysyms.crbegin(); it != keysyms.crend(); ++it) {
+        pause(20);
+        known = releaseKey(*it) && known;
+    }
+    return known;
 }

@@ -2,6 +2,7 @@
 
 #include "X11Connection.h"
 
+#include <QList>
 #include <QPoint>
 
 // Real pointer and key input through the XTest extension, as if from a device.
@@ -19,8 +20,15 @@ public:
     void click(const QPoint& rootPosition, int button = 1);
     QPoint pointer() const;
 
+    // Presses the keys carrying these keysyms in order and releases them in reverse, like a
+    // hand typing a combination (e.g. Alt_L, Shift_L, Super_L, 5). False if a keysym has no key.
+    bool typeCombination(const QList<quint32>& keysyms);
+    bool pressKey(quint32 keysym);
+    bool releaseKey(quint32 keysym);
+
 private:
     void fake(uint8_t type, uint8_t detail, const QPoint& position = {});
+    uint8_t keycodeOf(quint32 keysym) const;
 
     X11Connection& m_connection;
     bool m_available = false;
