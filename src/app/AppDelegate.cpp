@@ -3,7 +3,9 @@
 #include "AboutController.h"
 #include "Alert.h"
 #include "Beeper.h"
+#include "OwnWindows.h"
 #include "Preferences.h"
+#include "SettingsController.h"
 #include "StatusMenu.h"
 
 #include <QAction>
@@ -58,6 +60,7 @@ AppDelegate::~AppDelegate()
         app->removeEventFilter(this);
     delete m_menu;
     delete m_about;
+    delete m_settings;
 }
 
 QString AppDelegate::idleToolTip()
@@ -215,7 +218,24 @@ void AppDelegate::videoStatusChanged(bool busy, const QString& text)
 
 void AppDelegate::openSettings()
 {
-    // The settings window joins the application together with the global shortcuts.
+    HotKeysInterface* hotKeys = m_services.hotKeys.get();
+    if (!hotKeys)
+        return;
+    if (!m_settings) {
+        m_settings = new SettingsController(*hotKeys, m_preferences);
+        m_settings->onChange = [self = QPointer(this)] {
+            if (self)
+                self->rebuildMenu();
+        };
+    }
+    m_settings->showWindow();
+}
+
+bool AppDelegate::applicationShouldHandleReopen()
+{
+    if (OwnWindows::visibleWindows().isEmpty())
+        openSettings();
+    return true;
 }
 
 void AppDelegate::openAbout()

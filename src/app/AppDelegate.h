@@ -4,6 +4,7 @@
 #include "CaptureMode.h"
 #include "CaptureServiceInterface.h"
 #include "HotKeysInterface.h"
+#include "SettingsController.h"
 #include "VideoSideInterface.h"
 
 #include <QAction>
@@ -14,6 +15,7 @@
 #include <memory>
 
 class Preferences;
+
 class QSystemTrayIcon;
 
 // The tray application: the status icon and its menu, the dispatch of capture commands with the
@@ -40,6 +42,8 @@ public:
     void capture(CaptureMode mode);
     void toggleVideo();
     void openSettings();
+    // Another start of the program: the settings window opens when none of ours is visible.
+    bool applicationShouldHandleReopen();
     void openAbout();
     void showAbout(bool firstLaunch);
     // Every quit request (menu, Ctrl+Q, signals, session) ends here.
@@ -57,6 +61,7 @@ public:
     QAction* videoMenuItem() const { return m_videoMenuItem; }
     bool videoBusy() const { return m_videoBusy; }
     AboutController* about() const { return m_about; }
+    SettingsController* settings() const { return m_settings; }
     VideoSideInterface* videoController() const { return m_videoController.get(); }
 
     static QString idleToolTip();
@@ -80,6 +85,7 @@ private:
     QPointer<QAction> m_videoMenuItem;
     std::unique_ptr<VideoSideInterface> m_videoController;
     QPointer<AboutController> m_about;
+    QPointer<SettingsController> m_settings;
     bool m_videoBusy = false;
     bool m_terminating = false;
 };

@@ -17,14 +17,23 @@ bool isOrdinaryWindow(const QWidget* window)
 
 } // namespace
 
-void OwnWindows::hide()
+QList<QWidget*> OwnWindows::visibleWindows()
 {
-    m_hidden.clear();
+    QList<QWidget*> result;
     const QList<QWidget*> windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {
         if (window->isVisible() && !window->isMinimized() && isOrdinaryWindow(window))
-            m_hidden.append(window);
+            result.append(window);
     }
+    return result;
+}
+
+void OwnWindows::hide()
+{
+    m_hidden.clear();
+    const QList<QWidget*> windows = visibleWindows();
+    for (QWidget* window : windows)
+        m_hidden.append(window);
     for (const QPointer<QWidget>& window : std::as_const(m_hidden))
         window->hide();
 }

@@ -16,6 +16,9 @@ public:
 
     const QList<QPointer<QWidget>>& hidden() const { return m_hidden; }
 
+    // The program's windows that are on screen now (not minimised; no popups, tooltips or tray).
+    static QList<QWidget*> visibleWindows();
+
 private:
     QList<QPointer<QWidget>> m_hidden;
 };

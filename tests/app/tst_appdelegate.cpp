@@ -304,6 +304,35 @@ private Q_SLOTS:
             u"Pencere yakala: ⌥⇧⌘4\nEkranı yakala: ⌥⇧⌘5"_s);
     }
 
+    void settingsOpenOnceAndTheirChangesRebuildTheMenu()
+    {
+        auto h = launch();
+        h->delegate->openSettings();
+        SettingsController* settings = h->delegate->settings();
+        QVERIFY(settings && settings->isVisible());
+        QCOMPARE(settings->windowTitle(), u"Vexet — Ayarlar"_s);
+        settings->close();
+        h->delegate->openSettings();
+        QCOMPARE(h->delegate->settings(), settings);
+        QVERIFY(settings->isVisible());
+        QMenu* before = h->delegate->menu();
+        settings->onChange();
+        QVERIFY(h->delegate->menu() != before);
+        settings->close();
+    }
+
+    void reopeningWithoutAVisibleWindowOpensTheSettings()
+    {
+        auto h = launch();
+        h->delegate->openAbout();
+        QVERIFY(h->delegate->applicationShouldHandleReopen());
+        QCOMPARE(h->delegate->settings(), nullptr);
+        h->delegate->about()->close();
+        QVERIFY(h->delegate->applicationShouldHandleReopen());
+        QVERIFY(h->delegate->settings() && h->delegate->settings()->isVisible());
+        h->delegate->settings()->close();
+    }
+
     void quittingWaitsForARunningRecording()
     {
         auto h = launch();
