@@ -1,7 +1,10 @@
 #include "Alert.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +24,11 @@ int Alert::ask(const QString& message, const QString& informativeText, const QSt
     QList<QPushButton*> made;
     for (const QString& title : buttons)
         made.append(box.addButton(title, made.isEmpty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole));
+    // Ctrl+C puts the whole text on the clipboard, e.g. for a bug report.
+    auto* copy = new QShortcut(QKeySequence::Copy, &box);
+    QObject::connect(copy, &QShortcut::activated, &box, [message, informativeText] {
+        QGuiApplication::clipboard()->setText(message + u"\n\n"_s + informativeText);
+    });
     if (!made.isEmpty()) {
         box.setDefaultButton(made.first());
         box.setEscapeButton(made.last());

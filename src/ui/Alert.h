@@ -5,6 +5,7 @@
 
 // A modal alert in the program's voice: window title "Vexet", a message, an informative text and
 // one "Tamam" button. The application is brought to the front first; returns when dismissed.
+// Ctrl+C in the alert copies its text.
 class Alert {
 public:
     static void show(const QString& message, const QString& informativeText);

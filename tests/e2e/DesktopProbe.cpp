@@ -47,6 +47,28 @@ QList<xcb_window_t> DesktopProbe::popupMenus(qint64 pid)
     return result;
 }
 
+QList<xcb_window_t> DesktopProbe::windowsTitled(qint64 pid, const QString& title)
+{
+    QList<xcb_window_t> result;
+    const QList<xcb_window_t> windows = mappedClientWindows(pid);
+    for (xcb_window_t window : windows) {
+        if (m_windows.title(window) == title)
+            result.append(window);
+    }
+    return result;
+}
+
+bool DesktopProbe::waitForWindowsTitled(qint64 pid, const QString& title, qsizetype count, int timeoutMs)
+{
+    return QTest::qWaitFor([&] { return windowsTitled(pid, title).size() == count; }, timeoutMs);
+}
+
+void DesktopProbe::focus(xcb_window_t window)
+{
+    xcb_set_input_focus(m_connection.get(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+    m_connection.flush();
+}
+
 QImage DesktopProbe::stableGrab(xcb_window_t window)
 {
     QImage previous;

@@ -24,6 +24,13 @@ public:
     // Popup windows of the process that are on screen, tooltips and Qt's 1 × 1 helpers aside: menus.
     QList<xcb_window_t> popupMenus(qint64 pid);
 
+    // Mapped client windows of the process with this title.
+    QList<xcb_window_t> windowsTitled(qint64 pid, const QString& title);
+    // Waits until exactly `count` such windows are mapped.
+    bool waitForWindowsTitled(qint64 pid, const QString& title, qsizetype count, int timeoutMs = 20000);
+    // Gives a window the keyboard, as a click on it would.
+    void focus(xcb_window_t window);
+
     // The rectangle of a window as it shows on screen, once two grabs in a row agree.
     QImage stableGrab(xcb_window_t window);
 

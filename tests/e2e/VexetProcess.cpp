@@ -5,6 +5,7 @@
 using namespace Qt::StringLiterals;
 
 VexetProcess::VexetProcess(const QString& configHome)
+    : m_configHome(configHome)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_CONFIG_HOME"_s, configHome);
@@ -37,7 +38,18 @@ bool VexetProcess::terminateAndWait(int* exitCode)
     return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
+bool VexetProcess::startAgainAndWait()
+{
+    QProcess second;
+    second.setProcessEnvironment(m_process.processEnvironment());
+    second.setProcessChannelMode(QProcess::ForwardedChannels);
+    second.start(binary(), {});
+    return second.waitForFinished(30000) && second.exitStatus() == QProcess::NormalExit
+        && second.exitCode() == 0;
+}
+
 QString VexetProcess::binary()
 {
-    return qEnvironmentVariable("VEXET_BINARY_DIR") + u"/src/app/vexet"_s;
+    const QString dir = qEnvironmentVariable("VEXET_BINARY_DIR", QString::fromUtf8(VEXET_DEFAULT_BINARY_DIR));
+    return dir + u"/src/app/vexet"_s;
 }

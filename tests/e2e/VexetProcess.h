@@ -18,8 +18,13 @@ public:
     // Sends SIGTERM and waits; true when the program exited normally with status 0.
     bool terminateAndWait(int* exitCode = nullptr);
 
+    // Starts the program once more with the same settings; true when that second start ended
+    // by itself with status 0 (it handed over to the running one).
+    bool startAgainAndWait();
+
     static QString binary();
 
 private:
     QProcess m_process;
+    QString m_configHome;
 };

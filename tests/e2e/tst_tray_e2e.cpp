@@ -1,11 +1,10 @@
 #include "DesktopProbe.h"
 #include "Preferences.h"
-#include "StatusMenu.h"
+#include "StatusMenuImage.h"
 #include "VexetProcess.h"
 
 #include <QApplication>
 #include <QIcon>
-#include <QMenu>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
@@ -59,19 +58,6 @@ class TestTrayEndToEnd : public QObject {
             different == 0, qPrintable(u"%1 of %2 opaque icon pixels differ"_s.arg(different).arg(opaque)));
     }
 
-    static QImage renderedMenu(Preferences& preferences, bool fiveSpaces)
-    {
-        std::unique_ptr<QMenu> menu(StatusMenu::build(preferences, {}));
-        if (!fiveSpaces) {
-            const QList<QAction*> items = menu->actions();
-            for (QAction* item : items)
-                item->setText(item->text().replace(u"     "_s, u" "_s));
-        }
-        menu->ensurePolished();
-        menu->resize(menu->sizeHint());
-        return menu->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    }
-
     void clickTrayIconAndCheckTheMenu(VexetProcess& vexet, xcb_window_t trayIcon, int button)
     {
         const QRect iconRect = m_probe.windows().rootGeometry(trayIcon).value_or(QRect());
@@ -85,10 +71,10 @@ class TestTrayEndToEnd : public QObject {
         const QImage shown = m_probe.stableGrab(menus.first());
 
         Preferences preferences(std::make_unique<QSettings>(settingsFile(), QSettings::IniFormat));
-        const QImage expected = renderedMenu(preferences, true);
+        const QImage expected = StatusMenuImage::render(preferences, true);
         QCOMPARE(shown.size(), expected.size());
         QVERIFY2(shown == expected, "the menu on screen is not the status menu with its shortcut labels");
-        QVERIFY(renderedMenu(preferences, false) != shown);
+        QVERIFY(StatusMenuImage::render(preferences, false) != shown);
 
         m_probe.input().click(QPoint(10, 1000), 1); // a click elsewhere closes the menu
         QVERIFY(QTest::qWaitFor([&] { return m_probe.popupMenus(vexet.pid()).isEmpty(); }, 20000));
