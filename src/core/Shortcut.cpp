@@ -62,27 +62,6 @@ std::optional<quint32> unsignedValue(const QJsonValue& value)
     return static_cast<quint32>(number);
 }
 
-// Qt keys of the modifier keys themselves; pressing one of them alone is no combination.
-bool isBareModifier(int qtKey)
-{
-    switch (qtKey) {
-    case Qt::Key_Shift:
-    case Qt::Key_Control:
-    case Qt::Key_Meta:
-    case Qt::Key_Alt:
-    case Qt::Key_AltGr:
-    case Qt::Key_CapsLock:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-    case Qt::Key_Hyper_L:
-    case Qt::Key_Hyper_R:
-    case Qt::Key_Mode_switch:
-        return true;
-    default:
-        return false;
-    }
-}
-
 bool isPrintableLabel(const QString& text)
 {
     if (text.isEmpty())
@@ -153,7 +132,7 @@ std::optional<Shortcut> Shortcut::from(const QKeyEvent& event)
     const Qt::KeyboardModifiers flags = event.modifiers();
     if (!(flags & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
         return std::nullopt;
-    if (isBareModifier(event.key()))
+    if (Shortcut::isModifierKey(event.key()))
         return std::nullopt;
 
     // The keysym names the key on the active layout; Qt's key is the fallback for events without one.
@@ -189,4 +168,24 @@ Shortcut Shortcut::defaultShortcut(CaptureMode mode)
         return { 5, mask, u"G"_s };
     }
     return {};
+}
+
+bool Shortcut::isModifierKey(int qtKey)
+{
+    switch (qtKey) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Meta:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_CapsLock:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+    case Qt::Key_Hyper_L:
+    case Qt::Key_Hyper_R:
+    case Qt::Key_Mode_switch:
+        return true;
+    default:
+        return false;
+    }
 }

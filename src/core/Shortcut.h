@@ -35,6 +35,9 @@ struct Shortcut {
 
     static Shortcut defaultShortcut(CaptureMode mode);
 
+    // The Qt keys of the modifier keys themselves (Shift, Ctrl, Alt, Super, Caps Lock, ...).
+    static bool isModifierKey(int qtKey);
+
     // Two shortcuts clash when key and modifiers agree; the label plays no part.
     friend bool operator==(const Shortcut& a, const Shortcut& b)
     {

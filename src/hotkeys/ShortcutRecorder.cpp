@@ -7,31 +7,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool isModifierKey(int key)
-{
-    switch (key) {
-    case Qt::Key_Shift:
-    case Qt::Key_Control:
-    case Qt::Key_Meta:
-    case Qt::Key_Alt:
-    case Qt::Key_AltGr:
-    case Qt::Key_CapsLock:
-    case Qt::Key_NumLock:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-    case Qt::Key_Hyper_L:
-    case Qt::Key_Hyper_R:
-    case Qt::Key_Mode_switch:
-        return true;
-    default:
-        return false;
-    }
-}
-
-} // namespace
-
 ShortcutRecorder::ShortcutRecorder(const Shortcut& shortcut, QWidget* parent)
     : QPushButton(shortcut.display(), parent)
 {
@@ -108,7 +83,7 @@ void ShortcutRecorder::keyPressed(const QKeyEvent& event)
         finish();
         return;
     }
-    if (isModifierKey(event.key()))
+    if (Shortcut::isModifierKey(event.key()) || event.key() == Qt::Key_NumLock)
         return; // holding modifiers on the way to the key is no attempt yet
     const std::optional<Shortcut> shortcut = Shortcut::from(event);
     if (!shortcut) {
