@@ -116,7 +116,7 @@ xorg_bin=/usr/lib/xorg/Xorg # the server itself, not Debian's wrapper that may r
 missing=()
 [[ -n $xorg_bin ]] || missing+=("Xorg (xserver-xorg-core)")
 [[ -e /usr/lib/xorg/modules/drivers/dummy_drv.so ]] || missing+=("dummy video driver (xserver-xorg-video-dummy)")
-for tool in xrandr:x11-xserver-utils xdpyinfo:x11-utils xprop:x11-utils openbox:openbox \
+for tool in xrandr:x11-xserver-utils xdpyinfo:x11-utils xprop:x11-utils xwininfo:x11-utils openbox:openbox \
     trayer:trayer dbus-daemon:dbus-daemon dbus-send:dbus-bin pulseaudio:pulseaudio \
     pactl:pulseaudio-utils setsid:util-linux; do
     command -v "${tool%%:*}" >/dev/null || missing+=("${tool%%:*} (${tool#*:})")
@@ -127,35 +127,6 @@ if ((${#missing[@]})); then
 fi
 
 # ---------------------------------------------------------------------------------------------
-# Private directory and environment
-
-# Unix socket paths are limited to about 100 bytes and PulseAudio module arguments dislike
-# blanks and quotes, so fall back to /tmp for a long or unusual TMPDIR.
-tmp_base=${TMPDIR:-/tmp}
-if ((${#tmp_base} > 40)) || [[ $tmp_base =~ [[:space:]\"\'\\] ]] || [[ ! -d $tmp_base ]]; then
-    tmp_base=/tmp
-fi
-dir=$(mktemp -d "$tmp_base/vexet-desktop.XXXXXX") || {
-    say "cannot create a private directory in $tmp_base"
-    exit 125
-}
-chmod 700 "$dir"
-mkdir -p "$dir/logs" "$dir/xorg/conf.d" "$dir/runtime" "$dir/dbus" "$dir/pulse/home"
-chmod 700 "$dir/runtime"
-
-# Nothing started here may reach the caller's own desktop.
-unset DISPLAY XAUTHORITY WAYLAND_DISPLAY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS \
-    PULSE_SERVER PULSE_SINK PULSE_SOURCE PULSE_COOKIE PULSE_CLIENTCONFIG PULSE_RUNTIME_PATH \
-    XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP DESKTOP_SESSION KDE_FULL_SESSION KDE_SESSION_VERSION \
-    GNOME_DESKTOP_SESSION_ID QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE QT_SCALE_FACTOR \
-    QT_SCREEN_SCALE_FACTORS QT_AUTO_SCREEN_SCALE_FACTOR QT_ENABLE_HIGHDPI_SCALING \
-    QT_FONT_DPI GDK_SCALE GDK_DPI_SCALE GDK_BACKEND
-export XDG_RUNTIME_DIR=$dir/runtime
-export XDG_SESSION_TYPE=x11
-export QT_QPA_PLATFORM=xcb
-export VEXET_DESKTOP_DIR=$dir
-
-# ---------------------------------------------------------------------------------------------
 # Process bookkeeping and teardown
 
 pids=()  # process ids of the programs started here; each leads its own process group
@@ -163,6 +134,7 @@ names=() # their names, for messages
 cmd_pid=""
 caught=0
 display_num=""
+dir=""
 
 now_ms() { now=$((${EPOCHREALTIME/[.,]/} / 1000)); }
 
@@ -178,6 +150,13 @@ alive() {
     local s
     s=$(proc_state "$1")
     [[ -n $s && $s != Z ]]
+}
+
+# Collects our exited child $1. Only a zombie is waited for: bash 5.2 may forget a child that
+# it has already collected and then, asked to wait for it, waits for all remaining children.
+reap() {
+    [[ $(proc_state "$1") == Z ]] && wait "$1" 2>/dev/null
+    return 0
 }
 
 # True if process group $1 still has a member that is not a zombie.
@@ -199,7 +178,7 @@ stop_group() {
         now_ms
         deadline=$((now + 5000))
         while :; do
-            alive "$pid" || wait "$pid" 2>/dev/null
+            reap "$pid"
             if ! alive "$pid" && ! group_alive "$pid"; then
                 return 0
             fi
@@ -231,7 +210,7 @@ stop_command() {
             sleep 0.05
         done
     done
-    wait "$cmd_pid" 2>/dev/null
+    reap "$cmd_pid"
 }
 
 cleanup() {
@@ -251,10 +230,10 @@ cleanup() {
             fi
         fi
     done
-    if [[ -n ${VEXET_DESKTOP_LOG_DIR:-} ]]; then
+    if [[ -n $dir && -n ${VEXET_DESKTOP_LOG_DIR:-} ]]; then
         mkdir -p "$VEXET_DESKTOP_LOG_DIR" && cp -f "$dir"/logs/* "$VEXET_DESKTOP_LOG_DIR"/ 2>/dev/null
     fi
-    rm -rf "$dir"
+    [[ -z $dir ]] || rm -rf "$dir"
     exit "$status"
 }
 
@@ -284,7 +263,7 @@ start() {
 
 # Forgets the last started program after it has ended by itself.
 forget_last() {
-    wait "${pids[-1]}" 2>/dev/null
+    reap "${pids[-1]}"
     unset 'pids[-1]' 'names[-1]'
 }
 
@@ -314,6 +293,35 @@ await() {
         sleep 0.05
     done
 }
+
+# ---------------------------------------------------------------------------------------------
+# Private directory and environment
+
+# Unix socket paths are limited to about 100 bytes and PulseAudio module arguments dislike
+# blanks and quotes, so fall back to /tmp for a long or unusual TMPDIR.
+tmp_base=${TMPDIR:-/tmp}
+if ((${#tmp_base} > 40)) || [[ $tmp_base =~ [[:space:]\"\'\\] ]] || [[ ! -d $tmp_base ]]; then
+    tmp_base=/tmp
+fi
+dir=$(mktemp -d "$tmp_base/vexet-desktop.XXXXXX") || {
+    say "cannot create a private directory in $tmp_base"
+    exit 125
+}
+chmod 700 "$dir"
+mkdir -p "$dir/logs" "$dir/xorg/conf.d" "$dir/runtime" "$dir/dbus" "$dir/pulse/home"
+chmod 700 "$dir/runtime"
+
+# Nothing started here may reach the caller's own desktop.
+unset DISPLAY XAUTHORITY WAYLAND_DISPLAY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS \
+    PULSE_SERVER PULSE_SINK PULSE_SOURCE PULSE_COOKIE PULSE_CLIENTCONFIG PULSE_RUNTIME_PATH \
+    XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP DESKTOP_SESSION KDE_FULL_SESSION KDE_SESSION_VERSION \
+    GNOME_DESKTOP_SESSION_ID QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE QT_SCALE_FACTOR \
+    QT_SCREEN_SCALE_FACTORS QT_AUTO_SCREEN_SCALE_FACTOR QT_ENABLE_HIGHDPI_SCALING \
+    QT_FONT_DPI GDK_SCALE GDK_DPI_SCALE GDK_BACKEND
+export XDG_RUNTIME_DIR=$dir/runtime
+export XDG_SESSION_TYPE=x11
+export QT_QPA_PLATFORM=xcb
+export VEXET_DESKTOP_DIR=$dir
 
 now_ms
 started_at=$now
@@ -399,6 +407,9 @@ xorg_ready() {
 }
 
 write_xorg_conf
+# A directory of its own instead of /etc/X11/xorg.conf.d (which may hold the machine's input and
+# GPU settings); the server only accepts it with a file inside.
+echo "# Intentionally empty." >"$dir/xorg/conf.d/00-none.conf"
 use_xauth=0
 if command -v xauth >/dev/null; then
     use_xauth=1
@@ -429,7 +440,10 @@ for attempt in 1 2 3 4 5 6 7 8 9 10; do
     until xorg_ready; do
         alive "$xorg_pid" || break
         now_ms
-        ((now < deadline)) || fail "Xorg did not start within $step_timeout s" "$xorg_log"
+        if ((now >= deadline)); then
+            say "xdpyinfo -display :$display_num says: $(xdpyinfo -display ":$display_num" 2>&1 >/dev/null)"
+            fail "Xorg did not start within $step_timeout s" "$xorg_log"
+        fi
         sleep 0.05
     done
     xorg_ready && break
@@ -440,6 +454,7 @@ for attempt in 1 2 3 4 5 6 7 8 9 10; do
         "$xorg_err" "$xorg_log" 2>/dev/null; then
         say "display :$display_num was taken meanwhile, trying another one"
         mv -f "$xorg_err" "$xorg_err.$attempt" 2>/dev/null
+        mv -f "$xorg_log" "$xorg_log.$attempt" 2>/dev/null
         ((++candidate))
         display_num=""
         continue
