@@ -61,6 +61,7 @@ AppDelegate::~AppDelegate()
     delete m_menu;
     delete m_about;
     delete m_settings;
+    qDeleteAll(std::exchange(m_editors, {}));
 }
 
 QString AppDelegate::idleToolTip()
@@ -166,7 +167,23 @@ void AppDelegate::captureFinished(const CaptureResult& result)
     }
     if (!result.value())
         return; // the user cancelled the selection
-    Q_EMIT imageCaptured(*result.value());
+    openEditor(*result.value());
+}
+
+void AppDelegate::openEditor(const QImage& image)
+{
+    const QUuid id = QUuid::createUuid();
+    auto* editor = new EditorController(image);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->onClose = [self = QPointer(this), id] {
+        if (self)
+            self->m_editors.remove(id);
+    };
+    m_editors.insert(id, editor);
+    editor->showWindow();
+    // After the window is up, so the confirmation shows in it.
+    if (m_preferences.copyAutomatically())
+        editor->copyImage();
 }
 
 void AppDelegate::toggleVideo()

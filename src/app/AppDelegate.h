@@ -3,14 +3,17 @@
 #include "AboutController.h"
 #include "CaptureMode.h"
 #include "CaptureServiceInterface.h"
+#include "EditorController.h"
 #include "HotKeysInterface.h"
 #include "SettingsController.h"
 #include "VideoSideInterface.h"
 
 #include <QAction>
+#include <QHash>
 #include <QMenu>
 #include <QObject>
 #include <QPointer>
+#include <QUuid>
 #include <functional>
 #include <memory>
 
@@ -63,12 +66,10 @@ public:
     AboutController* about() const { return m_about; }
     SettingsController* settings() const { return m_settings; }
     VideoSideInterface* videoController() const { return m_videoController.get(); }
+    // Every open editor window, each under its own id; closing one removes it.
+    const QHash<QUuid, EditorController*>& editors() const { return m_editors; }
 
     static QString idleToolTip();
-
-Q_SIGNALS:
-    // A screenshot arrived and should open in an editor.
-    void imageCaptured(const QImage& image);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -76,6 +77,7 @@ protected:
 private:
     bool videoSideActive() const;
     void captureFinished(const CaptureResult& result);
+    void openEditor(const QImage& image);
     void terminateNow();
 
     Preferences& m_preferences;
@@ -86,6 +88,7 @@ private:
     std::unique_ptr<VideoSideInterface> m_videoController;
     QPointer<AboutController> m_about;
     QPointer<SettingsController> m_settings;
+    QHash<QUuid, EditorController*> m_editors;
     bool m_videoBusy = false;
     bool m_terminating = false;
 };

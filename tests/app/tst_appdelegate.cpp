@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
 #include <QDialog>
 #include <QLabel>
 #include <QMessageBox>
@@ -216,7 +217,6 @@ private Q_SLOTS:
         auto h = launch();
         h->delegate->capture(CaptureMode::screen);
         QVERIFY(h->capture->completion);
-        QSignalSpy images(h->delegate.get(), &AppDelegate::imageCaptured);
         const QStringList texts = nextAlertTexts(
             [&h] { h->capture->completion(Error(u"Vexet"_s, 3, u"Ekran resmi alınamadı."_s)); });
         QCOMPARE(texts,
@@ -227,14 +227,49 @@ private Q_SLOTS:
         h->capture->completion(std::optional<QImage>());
         QTest::qWait(100);
         QCOMPARE(QApplication::activeModalWidget(), nullptr);
-        QCOMPARE(images.size(), 0);
+        QVERIFY(h->delegate->editors().isEmpty());
+    }
 
-        QImage image(4, 3, QImage::Format_RGB32);
-        image.fill(Qt::red);
-        h->delegate->capture(CaptureMode::window);
+    void everyCaptureOpensItsOwnEditorAndClosingOneKeepsTheOther()
+    {
+        auto h = launch();
+        m_preferences->setCopyAutomatically(false);
+        QGuiApplication::clipboard()->clear();
+        QImage first(40, 30, QImage::Format_RGB32);
+        first.fill(Qt::red);
+        QImage second(20, 10, QImage::Format_RGB32);
+        second.fill(Qt::blue);
+        for (const QImage& image : { first, second }) {
+            h->delegate->capture(CaptureMode::window);
+            h->capture->completion(std::optional<QImage>(image));
+        }
+        QCOMPARE(h->delegate->editors().size(), 2);
+        QList<EditorController*> editors = h->delegate->editors().values();
+        for (EditorController* editor : editors) {
+            QVERIFY(QTest::qWaitForWindowExposed(editor));
+            QCOMPARE(editor->windowTitle(), u"Vexet — Önizleme ve kırpma"_s);
+        }
+        QVERIFY(QGuiApplication::clipboard()->image().isNull()); // copying was switched off
+        QPointer<EditorController> closing = editors.first();
+        closing->close();
+        QCOMPARE(h->delegate->editors().size(), 1);
+        QVERIFY(h->delegate->editors().values().first() == editors.last());
+        QTRY_VERIFY(!closing); // gone once closed
+        QCOMPARE(h->exits, 0); // closing a window never quits
+    }
+
+    void copyingAutomaticallyPutsTheCaptureOnTheClipboardOnceItShows()
+    {
+        auto h = launch();
+        QImage image(33, 17, QImage::Format_RGB32);
+        image.fill(QColor(10, 200, 30));
+        const int beeps = Beeper::count();
+        h->delegate->capture(CaptureMode::screen);
         h->capture->completion(std::optional<QImage>(image));
-        QCOMPARE(images.size(), 1);
-        QCOMPARE(images.first().first().value<QImage>(), image);
+        EditorController* editor = h->delegate->editors().values().first();
+        QVERIFY(editor->isVisible());
+        QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), image);
+        QCOMPARE(Beeper::count(), beeps); // no sound is part of it
     }
 
     void aCompletionAfterTheDelegateIsGoneDoesNothing()
