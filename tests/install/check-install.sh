@@ -14,6 +14,7 @@ check() {
 
 DESTDIR=$root cmake --install "$build" >/dev/null
 check "the program is in bin" "[[ -x '$root$prefix/bin/vexet' ]]"
+check "its screenshot helper is beside it" "[[ -x '$root$prefix/bin/vexet-capture' ]]"
 check "the icon is a hicolor SVG" "grep -q '<svg' '$root$prefix/share/icons/hicolor/scalable/apps/vexet.svg'"
 desktop=$root$prefix/share/applications/vexet.desktop
 check "the desktop file exists" "[[ -f '$desktop' ]]"
