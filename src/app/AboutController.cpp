@@ -26,13 +26,12 @@ AboutController::AboutController(bool firstLaunch, QWidget* parent)
 
     auto* stack = new QVBoxLayout;
     stack->setSpacing(14);
-    stack->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
     m_icon = new QLabel(this);
     m_icon->setFixedSize(iconSize, iconSize);
     m_icon->setPixmap(icon(u":/icons/AppIcon.svg"_s).pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
     m_icon->setScaledContents(true);
-    stack->addWidget(m_icon);
+    stack->addWidget(m_icon, 0, Qt::AlignLeft);
 
     const QFont body = WindowHelpers::systemFont(13);
     const QList<std::pair<QString, QFont>> rows {
@@ -58,7 +57,7 @@ AboutController::AboutController(bool firstLaunch, QWidget* parent)
 
     m_button = WindowHelpers::button(firstLaunch ? u"Başlayalım"_s : u"Kapat"_s, this, [this] { dismiss(); });
     m_button->setDefault(true);
-    stack->addWidget(m_button);
+    stack->addWidget(m_button, 0, Qt::AlignLeft);
 
     WindowHelpers::install(stack, this, 24);
     WindowHelpers::addWindowActions(this);

@@ -87,10 +87,10 @@ void EditorController::buildWindow()
 
     auto* stack = new QVBoxLayout;
     stack->setSpacing(spacing);
-    stack->addWidget(m_helpLabel, 0, Qt::AlignLeft);
+    stack->addWidget(m_helpLabel);
     stack->addLayout(buttons);
     stack->addWidget(m_canvas, 1);
-    stack->addWidget(m_statusLabel, 0, Qt::AlignLeft);
+    stack->addWidget(m_statusLabel);
     WindowHelpers::install(stack, this, padding);
     // Other windows leave their spare height at the bottom; here the canvas takes all of it.
     if (QLayoutItem* last = stack->itemAt(stack->count() - 1); last && last->spacerItem())

@@ -30,7 +30,6 @@ SettingsController::SettingsController(HotKeysInterface& hotKeys, Preferences& p
 
     auto* stack = new QVBoxLayout;
     stack->setSpacing(14);
-    stack->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     stack->addWidget(WindowHelpers::wrappingLabel(
         u"Kendi kısayollarını belirle"_s, WindowHelpers::systemFont(22, true), this));
     stack->addWidget(WindowHelpers::wrappingLabel(
@@ -58,7 +57,7 @@ SettingsController::SettingsController(HotKeysInterface& hotKeys, Preferences& p
                                      u"Kısayollar, Vexet açıkken diğer uygulamalarda da çalışır."_s,
             WindowHelpers::systemFont(12), this));
     m_reset = WindowHelpers::button(u"Varsayılan kısayolları geri yükle"_s, this, [this] { reset(); });
-    stack->addWidget(m_reset);
+    stack->addWidget(m_reset, 0, Qt::AlignLeft);
 
     WindowHelpers::install(stack, this, 24);
     WindowHelpers::addWindowActions(this);
