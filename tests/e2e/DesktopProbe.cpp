@@ -69,6 +69,20 @@ void DesktopProbe::focus(xcb_window_t window)
     m_connection.flush();
 }
 
+void DesktopProbe::requestClose(xcb_window_t window)
+{
+    xcb_client_message_event_t message = {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = m_connection.atom("WM_PROTOCOLS");
+    message.data.data32[0] = m_connection.atom("WM_DELETE_WINDOW");
+    message.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(
+        m_connection.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&message));
+    m_connection.flush();
+}
+
 QImage DesktopProbe::stableGrab(xcb_window_t window)
 {
     QImage previous;

@@ -30,6 +30,8 @@ public:
     bool waitForWindowsTitled(qint64 pid, const QString& title, qsizetype count, int timeoutMs = 20000);
     // Gives a window the keyboard, as a click on it would.
     void focus(xcb_window_t window);
+    // Asks the window's program to close it, as the title bar's close button does.
+    void requestClose(xcb_window_t window);
 
     // The rectangle of a window as it shows on screen, once two grabs in a row agree.
     QImage stableGrab(xcb_window_t window);

@@ -150,6 +150,9 @@ private Q_SLOTS:
         QVERIFY2(alert.contains(u"Kısayol atanamadı"_s), qPrintable(alert));
         QVERIFY2(alert.contains(u"Hata: -10"_s), qPrintable(alert));
         screenShortcutOpensAnEditor(vexet, { XK_Alt_L, XK_Shift_L, XK_Super_L, XK_5 });
+        for (xcb_window_t editor : m_probe.windowsTitled(vexet.pid(), m_editorTitle))
+            m_probe.requestClose(editor);
+        QVERIFY(m_probe.waitForWindowsTitled(vexet.pid(), m_editorTitle, 0));
 
         // A free combination takes over: stored, registered, shown in the menu; the old one is gone.
         m_probe.focus(settings);

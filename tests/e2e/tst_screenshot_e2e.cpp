@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QScreen>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <X11/keysym.h>
@@ -103,9 +104,9 @@ private Q_SLOTS:
         QCOMPARE(local.statusLabel()->text(), u"1280 × 1024 piksel • Panoya kopyalandı"_s);
         const QRect labelRect(local.statusLabel()->mapTo(&local, QPoint(0, 0)), local.statusLabel()->size());
         const QImage expected = local.statusLabel()->grab().toImage().convertToFormat(QImage::Format_RGB32);
-        local.hide();
         const QRect shownRect = labelRect.translated(m_probe.windows().rootGeometry(editorWindow)->topLeft());
         QTRY_COMPARE(m_probe.windows().grab(shownRect), expected);
+        local.hide();
 
         QVERIFY(leftoverFolders().isEmpty());
         QVERIFY(vexet.terminateAndWait());
