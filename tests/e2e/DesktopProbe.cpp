@@ -63,6 +63,17 @@ bool DesktopProbe::waitForWindowsTitled(qint64 pid, const QString& title, qsizet
     return QTest::qWaitFor([&] { return windowsTitled(pid, title).size() == count; }, timeoutMs);
 }
 
+QList<xcb_window_t> DesktopProbe::programWindows(const QString& program)
+{
+    QList<xcb_window_t> result;
+    const QList<xcb_window_t> topLevels = m_windows.children(m_connection.root());
+    for (xcb_window_t window : topLevels) {
+        if (m_windows.isViewable(window) && m_windows.wmClass(window).contains(program))
+            result.append(window);
+    }
+    return result;
+}
+
 void DesktopProbe::focus(xcb_window_t window)
 {
     xcb_set_input_focus(m_connection.get(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);

@@ -28,6 +28,9 @@ public:
     QList<xcb_window_t> windowsTitled(qint64 pid, const QString& title);
     // Waits until exactly `count` such windows are mapped.
     bool waitForWindowsTitled(qint64 pid, const QString& title, qsizetype count, int timeoutMs = 20000);
+    // Top-level windows on screen whose WM_CLASS names this program (e.g. "vexet-capture").
+    QList<xcb_window_t> programWindows(const QString& program);
+
     // Gives a window the keyboard, as a click on it would.
     void focus(xcb_window_t window);
     // Asks the window's program to close it, as the title bar's close button does.

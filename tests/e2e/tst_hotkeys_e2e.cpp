@@ -120,6 +120,19 @@ private Q_SLOTS:
         QVERIFY(!alert.contains(u"Ekranı yakala"_s));
 
         screenShortcutOpensAnEditor(vexet, { XK_Alt_L, XK_Shift_L, XK_Super_L, XK_5 });
+
+        // The region shortcut works too: the selection comes up, and Escape leaves no editor behind.
+        focusOtherProgram();
+        const qsizetype before = editors(vexet);
+        QVERIFY(type({ XK_Alt_L, XK_Shift_L, XK_Super_L, XK_3 }));
+        QVERIFY2(
+            QTest::qWaitFor([&] { return !m_probe.programWindows(u"vexet-capture"_s).isEmpty(); }, 20000),
+            "no region selection came up");
+        QTest::qWait(300);
+        QVERIFY(type({ XK_Escape }));
+        QVERIFY(QTest::qWaitFor([&] { return m_probe.programWindows(u"vexet-capture"_s).isEmpty(); }, 20000));
+        QTest::qWait(1000);
+        QCOMPARE(editors(vexet), before);
         QVERIFY(vexet.terminateAndWait());
     }
 
