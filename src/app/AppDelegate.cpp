@@ -188,6 +188,14 @@ void AppDelegate::openEditor(const QImage& image)
 
 void AppDelegate::toggleVideo()
 {
+    if (m_services.missingVideoRequirements) {
+        if (const QStringList missing = m_services.missingVideoRequirements(); !missing.isEmpty()) {
+            Alert::show(u"Video kaydı için GStreamer bileşenleri gerekli"_s,
+                u"Sesli video kaydı şu GStreamer bileşenlerini gerektirir: "_s + missing.join(u", "_s)
+                    + u". Ekran görüntüsü özelliklerini kullanmaya devam edebilirsin."_s);
+            return;
+        }
+    }
     if (videoSideActive()) {
         m_videoController->toggle();
         return;

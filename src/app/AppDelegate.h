@@ -32,6 +32,8 @@ public:
         std::unique_ptr<HotKeysInterface> hotKeys;
         // Makes the recording window on first use.
         std::function<std::unique_ptr<VideoSideInterface>()> makeVideoController;
+        // The parts recording needs that are missing on this system; empty when it can record.
+        std::function<QStringList()> missingVideoRequirements;
         // Ends the event loop once quitting is decided; QCoreApplication::exit(0) when unset.
         std::function<void()> exitEventLoop;
     };

@@ -308,6 +308,26 @@ private Q_SLOTS:
         QCOMPARE(Beeper::count(), beeps + 1);
     }
 
+    void missingRecordingPartsAreNamedInAnAlertAndNothingElseHappens()
+    {
+        AppDelegate::Services services;
+        services.missingVideoRequirements = [] { return QStringList { u"x264enc"_s, u"pulsesrc"_s }; };
+        int made = 0;
+        services.makeVideoController = [&made]() -> std::unique_ptr<VideoSideInterface> {
+            ++made;
+            return std::make_unique<FakeVideoSide>();
+        };
+        AppDelegate delegate(*m_preferences, std::move(services));
+        const QStringList texts = nextAlertTexts([&delegate] { delegate.capture(CaptureMode::video); });
+        QCOMPARE(texts.mid(1),
+            (QStringList { u"Video kaydı için GStreamer bileşenleri gerekli"_s,
+                u"Sesli video kaydı şu GStreamer bileşenlerini gerektirir: x264enc, pulsesrc. "
+                u"Ekran görüntüsü özelliklerini kullanmaya devam edebilirsin."_s,
+                u"Tamam"_s }));
+        QCOMPARE(made, 0);
+        QCOMPARE(delegate.videoController(), nullptr);
+    }
+
     void theStatusHandlerTurnsTheTrayRedAndBack()
     {
         auto h = launch();
