@@ -1,11 +1,17 @@
 #include "AppDelegate.h"
 #include "CaptureService.h"
+#include "DBusFileReveal.h"
+#include "GstSupport.h"
 #include "HotKeys.h"
 #include "Preferences.h"
 #include "SingleInstance.h"
 #include "UnixSignals.h"
+#include "VideoController.h"
+#include "VideoRecorder.h"
 #include "X11GlobalKeys.h"
+#include "X11RecordingDesktop.h"
 #include "X11ScreenCapturePermission.h"
+#include "X11VideoSources.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -49,6 +55,15 @@ int main(int argc, char* argv[])
             connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
         services.hotKeys = std::make_unique<HotKeys>(*globalKeys, preferences);
     }
+
+    X11RecordingDesktop recordingDesktop;
+    X11VideoSources videoSources;
+    DBusFileReveal fileReveal;
+    services.missingVideoRequirements = [] { return GstSupport::missingElements(); };
+    services.makeVideoController = [&]() -> std::unique_ptr<VideoSideInterface> {
+        return std::make_unique<VideoController>(std::make_unique<VideoRecorder>(recordingDesktop), videoSources,
+            fileReveal, preferences.defaults());
+    };
 
     AppDelegate delegate(preferences, std::move(services));
     QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate,

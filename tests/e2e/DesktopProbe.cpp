@@ -120,3 +120,16 @@ bool DesktopProbe::insideTray(xcb_window_t window)
     }
     return false;
 }
+
+QList<xcb_window_t> DesktopProbe::toolTips(qint64 pid)
+{
+    QList<xcb_window_t> result;
+    const xcb_atom_t toolTipType = m_connection.atom("_NET_WM_WINDOW_TYPE_TOOLTIP");
+    const QList<xcb_window_t> topLevels = m_windows.children(m_connection.root());
+    for (xcb_window_t window : topLevels) {
+        if (m_windows.pid(window) == static_cast<quint32>(pid) && m_windows.isViewable(window)
+            && m_windows.atoms(window, "_NET_WM_WINDOW_TYPE").contains(toolTipType))
+            result.append(window);
+    }
+    return result;
+}

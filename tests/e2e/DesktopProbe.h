@@ -39,6 +39,9 @@ public:
     // The rectangle of a window as it shows on screen, once two grabs in a row agree.
     QImage stableGrab(xcb_window_t window);
 
+    // Tooltip windows of the process that are on screen.
+    QList<xcb_window_t> toolTips(qint64 pid);
+
 private:
     bool insideTray(xcb_window_t window);
 

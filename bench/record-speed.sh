@@ -1,0 +1,117 @@
+#!/usr/bin/env bash
+# Recording against ffmpeg on the virtual desktop, and the finishing step on a 10-minute file.
+#
+#   bench/record-speed.sh [BUILD_DIR] [SECONDS]      (defaults: build, 60)
+#
+# On one 1920 × 1080 monitor with full-screen moving content and a tone playing into the speaker,
+# records SECONDS at 30 and at 60 frames per second with system audio, once with Vexet's engine
+# (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264, the same preset, quality,
+# key-frame interval, size and rate), and prints for each: frames written ÷ frames expected, CPU
+# seconds per recorded second, bytes per second, and the ratios ours ÷ ffmpeg. Then it makes a
+# 10-minute recording with two audio tracks and times the finishing step on it.
+#
+# Environment: PRESETS (default "superfast"): the x264 speed presets to compare; FINISH=0 skips the
+# finishing step. Needs ffmpeg (apt-get install ffmpeg) and gstreamer1.0-tools.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+if [[ ${1:-} != --inside ]]; then
+    build=$(cd "${1:-$here/build}" && pwd)
+    seconds=${2:-60}
+    for tool in ffmpeg ffprobe gst-launch-1.0; do
+        command -v "$tool" >/dev/null || { echo "record-speed: $tool is missing" >&2; exit 2; }
+    done
+    ninja -C "$build" vexet-record-check vexet-moving-content bench_finish_speed >/dev/null
+    exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
+        bash "${BASH_SOURCE[0]}" --inside "$build" "$seconds"
+fi
+
+build=$2
+seconds=$3
+presets=${PRESETS:-superfast}
+work=$(mktemp -d "${TMPDIR:-/tmp}/vexet-record-speed.XXXXXX")
+ticks=$(getconf CLK_TCK)
+pids=()
+cleanup() {
+    for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
+    wait 2>/dev/null || true
+    rm -rf "$work"
+}
+trap cleanup EXIT
+
+# CPU time of a process so far, in clock ticks (user + system, its threads included).
+cpu_ticks() { awk '{ print $14 + $15 }' "/proc/$1/stat"; }
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b == 0) print "-"; else printf "%.3f", a / b }'; }
+video_frames() {
+    ffprobe -v error -select_streams v:0 -count_packets -show_entries stream=nb_read_packets -of csv=p=0 "$1"
+}
+duration() { ffprobe -v error -show_entries format=duration -of csv=p=0 "$1"; }
+
+"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 bars &
+pids+=($!)
+gst-launch-1.0 -q audiotestsrc is-live=true freq=440 volume=0.3 ! pulsesink device=vexet_speaker &
+pids+=($!)
+sleep 2
+
+# Prints "frames_ratio cpu_per_second bytes_per_second" for one recording with the engine.
+ours() {
+    local fps=$1 preset=$2 out=$work/ours-$1-$2.mp4 log=$work/ours.log pid line cpu0 cpu1 recorded
+    "$build/tools/record-check/vexet-record-check" --display DUMMY0 --fps "$fps" --seconds "$seconds" \
+        --preset "$preset" --out "$out" >"$log" &
+    pid=$!
+    until grep -q ' status recording ' "$log"; do sleep 0.02; done
+    cpu0=$(cpu_ticks "$pid")
+    until grep -q ' recorded ' "$log"; do sleep 0.02; done
+    cpu1=$(cpu_ticks "$pid")
+    wait "$pid" || { echo "the engine failed:" >&2; cat "$log" >&2; exit 1; }
+    recorded=$(awk '/ recorded /{ print $3 }' "$log")
+    awk -v frames="$(video_frames "$out")" -v fps="$fps" -v rec="$recorded" -v cpu=$((cpu1 - cpu0)) \
+        -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" -v dur="$(duration "$out")" \
+        'BEGIN { printf "%.4f %.3f %.0f\n", frames / (fps * rec), cpu / ticks / rec, bytes / dur }'
+}
+
+theirs() {
+    local fps=$1 preset=$2 out=$work/ffmpeg-$1-$2.mp4 pid cpu=0 now
+    ffmpeg -hide_banner -loglevel error -y -thread_queue_size 1024 -f x11grab -framerate "$fps" \
+        -video_size 1920x1080 -draw_mouse 1 -i "$DISPLAY+0,0" -thread_queue_size 1024 -f pulse \
+        -i vexet_speaker.monitor -c:v libx264 -preset "$preset" -crf 23 -bf 0 -g $((2 * fps)) \
+        -pix_fmt yuv420p -c:a aac -b:a 128k -ar 48000 -ac 2 -fps_mode passthrough -t "$seconds" "$out" \
+        </dev/null &
+    pid=$!
+    while now=$(cpu_ticks "$pid" 2>/dev/null); do
+        cpu=$now
+        sleep 0.1
+    done
+    wait "$pid" || { echo "ffmpeg failed" >&2; exit 1; }
+    # ffmpeg records exactly the time asked for (-t): that is what its frames are counted against.
+    awk -v frames="$(video_frames "$out")" -v fps="$fps" -v dur="$seconds" -v cpu="$cpu" \
+        -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" \
+        'BEGIN { printf "%.4f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, bytes / dur }'
+}
+
+printf '%-10s %4s %-8s %12s %12s %12s\n' preset fps who frames/exp cpu-s/s bytes/s
+for preset in $presets; do
+    for fps in 30 60; do
+        read -r of oc ob < <(ours "$fps" "$preset")
+        read -r tf tc tb < <(theirs "$fps" "$preset")
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" vexet "$of" "$oc" "$ob"
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ffmpeg "$tf" "$tc" "$tb"
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ratio "$(ratio "$of" "$tf")" \
+            "$(ratio "$oc" "$tc")" "$(ratio "$ob" "$tb")"
+    done
+done
+
+if [[ ${FINISH:-1} != 0 ]]; then
+    # Ten minutes at 1920 × 1080, 30 frames per second, two tones on two tracks, fragmented like a
+    # staging file.
+    long=$work/long.mp4
+    gst-launch-1.0 -q mp4mux name=m fragment-duration=1000 ! filesink location="$long" \
+        videotestsrc num-buffers=18000 pattern=smpte horizontal-speed=3 \
+        ! video/x-raw,width=1920,height=1080,framerate=30/1 \
+        ! x264enc speed-preset=ultrafast pass=qual quantizer=23 key-int-max=60 bframes=0 ! h264parse ! queue ! m. \
+        audiotestsrc num-buffers=28125 samplesperbuffer=1024 freq=440 ! audio/x-raw,rate=48000,channels=2 \
+        ! avenc_aac ! aacparse ! queue ! m. \
+        audiotestsrc num-buffers=28125 samplesperbuffer=1024 freq=1000 ! audio/x-raw,rate=48000,channels=2 \
+        ! avenc_aac ! aacparse ! queue ! m.
+    "$build/bench/bench_finish_speed" "$long"
+fi

@@ -1,0 +1,55 @@
+#include "AudioDevices.h"
+
+#include "GstPointers.h"
+#include "GstSupport.h"
+
+namespace {
+
+struct DeviceListFree {
+    void operator()(GList* list) const { g_list_free_full(list, gst_object_unref); }
+};
+
+struct StructureFree {
+    void operator()(GstStructure* structure) const { gst_structure_free(structure); }
+};
+
+std::optional<QString> internalName(GstDevice* device)
+{
+    GObject* object = asGObject(device);
+    if (!g_object_class_find_property(G_OBJECT_GET_CLASS(object), "internal-name"))
+        return std::nullopt;
+    gchar* name = nullptr;
+    g_object_get(object, "internal-name", &name, nullptr);
+    GCharPtr owned(name);
+    if (!owned || !*owned)
+        return std::nullopt;
+    return QString::fromUtf8(owned.get());
+}
+
+} // namespace
+
+std::optional<QString> AudioDevices::defaultMicrophone()
+{
+    GstSupport::ensureInitialized();
+    GstObjectPtr<GstDeviceMonitor> monitor(gst_device_monitor_new());
+    gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+    // Only a started monitor knows which device is the default one.
+    if (!gst_device_monitor_start(monitor.get()))
+        return std::nullopt;
+    std::unique_ptr<GList, DeviceListFree> devices(gst_device_monitor_get_devices(monitor.get()));
+    gst_device_monitor_stop(monitor.get());
+    for (GList* item = devices.get(); item; item = item->next) {
+        GstDevice* device = static_cast<GstDevice*>(item->data);
+        std::unique_ptr<GstStructure, StructureFree> properties(gst_device_get_properties(device));
+        if (!properties)
+            continue;
+        gboolean isDefault = FALSE;
+        if (!gst_structure_get_boolean(properties.get(), "is-default", &isDefault) || !isDefault)
+            continue;
+        const gchar* deviceClass = gst_structure_get_string(properties.get(), "device.class");
+        if (deviceClass && g_str_equal(deviceClass, "monitor"))
+            return std::nullopt;
+        return internalName(device);
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,335 @@
+#include "GstCaptureSession.h"
+
+#include "GstSupport.h"
+#include "RecordingPipeline.h"
+#include "RecordingTexts.h"
+
+#include <QFile>
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int stopDeadlineMs = 15000;
+// After a failure the end of the file is worth a short wait, not a long one.
+constexpr int shutDownDeadlineMs = 3000;
+constexpr gint64 syncIntervalUs = 1000000;
+
+GstElementPtr element(GstElement* pipeline, const char* name)
+{
+    return GstElementPtr(gst_bin_get_by_name(asBin(pipeline), name));
+}
+
+} // namespace
+
+GstCaptureSession::GstCaptureSession(
+    CaptureRequest request, RecordingDesktopInterface& desktop, QObject* parent)
+    : CaptureSession(parent)
+    , m_request(std::move(request))
+    , m_desktop(desktop)
+{
+    m_deadline.setSingleShot(true);
+}
+
+GstCaptureSession::~GstCaptureSession()
+{
+    m_phase = Phase::Ended;
+    tearDown();
+}
+
+CaptureSessionFactory GstCaptureSession::factory()
+{
+    return [](const CaptureRequest& request,
+               RecordingDesktopInterface& desktop) -> std::unique_ptr<CaptureSession> {
+        return std::make_unique<GstCaptureSession>(request, desktop);
+    };
+}
+
+std::optional<Error> GstCaptureSession::prepare()
+{
+    if (m_phase != Phase::Idle)
+        return videoError(RecordingTexts::captureFailed());
+    if (std::optional<Error> error = build())
+        return error;
+    m_syncFile = ::open(QFile::encodeName(m_request.stagingPath).constData(), O_RDONLY | O_CLOEXEC);
+    // The capture's display connection is Xlib's; its errors must not end the process.
+    m_errorWatch = m_desktop.watchCaptureErrors(m_request.area.windowId,
+        [this](bool windowLost, const QString& description) { onDisplayError(windowLost, description); });
+    if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_READY)))
+        return error;
+    m_phase = Phase::Prepared;
+    return std::nullopt;
+}
+
+std::optional<Error> GstCaptureSession::build()
+{
+    GstSupport::ensureInitialized();
+    GError* parseError = nullptr;
+    GstElement* pipeline
+        = gst_parse_launch(RecordingPipeline::describe(m_request).toUtf8().constData(), &parseError);
+    GErrorPtr error(parseError);
+    if (pipeline)
+        m_pipeline.reset(static_cast<GstElement*>(gst_object_ref_sink(pipeline)));
+    if (!m_pipeline || error)
+        return GstSupport::fromGError(error.get());
+
+    GstObjectPtr<GstClock> clock(gst_system_clock_obtain());
+    gst_pipeline_use_clock(reinterpret_cast<GstPipeline*>(m_pipeline.get()), clock.get());
+    g_object_set(asGObject(element(m_pipeline.get(), RecordingPipeline::fileSink).get()), "location",
+        QFile::encodeName(m_request.stagingPath).constData(), nullptr);
+    const QString displayName = m_desktop.displayName();
+    if (!displayName.isEmpty()) {
+        g_object_set(asGObject(element(m_pipeline.get(), RecordingPipeline::videoSource).get()),
+            "display-name", displayName.toLocal8Bit().constData(), nullptr);
+    }
+    const QList<bool> tracks = RecordingPipeline::audioTracks(m_request.options);
+    for (int i = 0; i < tracks.size(); ++i) {
+        const QString device = tracks.at(i) ? u"@DEFAULT_MONITOR@"_s : m_request.microphone;
+        GstElementPtr source
+            = element(m_pipeline.get(), RecordingPipeline::audioSource(i).toLatin1().constData());
+        if (!device.isEmpty())
+            g_object_set(asGObject(source.get()), "device", device.toUtf8().constData(), nullptr);
+    }
+    GstBusPtr bus(gst_pipeline_get_bus(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
+    gst_bus_set_sync_handler(bus.get(), &GstCaptureSession::onBusMessage, this, nullptr);
+    addProbe(RecordingPipeline::videoSource, "src", &GstCaptureSession::onVideoFrame);
+    addProbe(RecordingPipeline::fileSink, "sink", &GstCaptureSession::onFileData);
+    return std::nullopt;
+}
+
+void GstCaptureSession::addProbe(const char* elementName, const char* padName, GstPadProbeCallback callback)
+{
+    GstElementPtr owner = element(m_pipeline.get(), elementName);
+    GstPadPtr pad(gst_element_get_static_pad(owner.get(), padName));
+    gst_pad_add_probe(pad.get(),
+        static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST), callback,
+        this, nullptr);
+}
+
+std::optional<Error> GstCaptureSession::start()
+{
+    if (m_phase != Phase::Prepared)
+        return videoError(RecordingTexts::captureFailed());
+    if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_PAUSED)))
+        return error;
+    // The source found its window when the pipeline was built; one that has closed or been hidden
+    // during the countdown would only show up as errors once frames are taken.
+    const quint32 window = m_request.area.windowId;
+    if (window != 0 && !m_desktop.windowGeometry(window))
+        return videoError(RecordingTexts::windowGone());
+    if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING)))
+        return error;
+    m_phase = Phase::Running;
+    return std::nullopt;
+}
+
+std::optional<Error> GstCaptureSession::errorOfStart(GstStateChangeReturn result)
+{
+    if (m_windowLost)
+        return videoError(RecordingTexts::windowGone());
+    {
+        std::lock_guard lock(m_errorMutex);
+        if (m_firstError)
+            return m_firstError;
+    }
+    if (result == GST_STATE_CHANGE_FAILURE)
+        return videoError(RecordingTexts::captureFailed());
+    return std::nullopt;
+}
+
+std::optional<Error> GstCaptureSession::stop()
+{
+    if (m_phase != Phase::Running)
+        return std::nullopt;
+    m_stoppedAt = recordedSeconds();
+    m_phase = Phase::Stopping;
+    if (!gst_element_send_event(m_pipeline.get(), gst_event_new_eos()))
+        return videoError(RecordingTexts::stopFailed());
+    m_deadline.disconnect();
+    connect(&m_deadline, &QTimer::timeout, this,
+        [this] { handleFailure(videoError(RecordingTexts::stopFailed())); });
+    m_deadline.start(stopDeadlineMs);
+    return std::nullopt;
+}
+
+void GstCaptureSession::shutDown(std::function<void()> done)
+{
+    m_shutDownDone = std::move(done);
+    if (!m_stoppedAt)
+        m_stoppedAt = recordedSeconds();
+    const bool wasCapturing = m_phase == Phase::Running || m_phase == Phase::Stopping;
+    m_phase = Phase::ShuttingDown;
+    m_deadline.disconnect();
+    connect(&m_deadline, &QTimer::timeout, this, &GstCaptureSession::endShutDown);
+    const bool fileBroken = m_failedElements.contains(QString::fromLatin1(RecordingPipeline::fileSink))
+        || m_failedElements.contains(QString::fromLatin1(RecordingPipeline::muxer));
+    if (!wasCapturing || fileBroken) {
+        m_deadline.start(0);
+        return;
+    }
+    // Let the muxer close its last fragment: end every stream, also those whose source has failed
+    // and will not end by itself.
+    gst_element_send_event(m_pipeline.get(), gst_event_new_eos());
+    for (const QString& name : std::as_const(m_failedElements)) {
+        GstElementPtr failed = element(m_pipeline.get(), name.toUtf8().constData());
+        GstPadPtr pad(failed ? gst_element_get_static_pad(failed.get(), "src") : nullptr);
+        GstPadPtr peer(pad ? gst_pad_get_peer(pad.get()) : nullptr);
+        if (peer)
+            gst_pad_send_event(peer.get(), gst_event_new_eos());
+    }
+    m_deadline.start(shutDownDeadlineMs);
+}
+
+void GstCaptureSession::endShutDown()
+{
+    if (m_phase != Phase::ShuttingDown)
+        return;
+    m_deadline.stop();
+    m_phase = Phase::Ended;
+    tearDown();
+    if (std::function<void()> done = std::exchange(m_shutDownDone, {}))
+        done();
+}
+
+std::optional<double> GstCaptureSession::recordedSeconds() const
+{
+    if (m_stoppedAt)
+        return m_stoppedAt;
+    if (m_phase != Phase::Running || !m_pipeline)
+        return std::nullopt;
+    GstObjectPtr<GstClock> clock(gst_pipeline_get_clock(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
+    if (!clock)
+        return std::nullopt;
+    const GstClockTime now = gst_clock_get_time(clock.get());
+    const GstClockTime base = gst_element_get_base_time(m_pipeline.get());
+    if (!GST_CLOCK_TIME_IS_VALID(now) || !GST_CLOCK_TIME_IS_VALID(base) || now < base)
+        return 0.0;
+    return static_cast<double>(now - base) / GST_SECOND;
+}
+
+void GstCaptureSession::tearDown()
+{
+    m_deadline.stop();
+    if (m_pipeline) {
+        gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+        GstBusPtr bus(gst_pipeline_get_bus(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
+        gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+        m_pipeline.reset();
+    }
+    m_errorWatch.reset();
+    if (m_syncFile >= 0) {
+        ::fdatasync(m_syncFile);
+        ::close(m_syncFile);
+        m_syncFile = -1;
+    }
+}
+
+void GstCaptureSession::handleFailure(const Error& error)
+{
+    if ((m_phase == Phase::Running || m_phase == Phase::Stopping) && onFailed)
+        onFailed(error);
+}
+
+void GstCaptureSession::handleMessage(GstMessage* message)
+{
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_ERROR: {
+        GError* raw = nullptr;
+        gst_message_parse_error(message, &raw, nullptr);
+        GErrorPtr error(raw);
+        m_failedElements.insert(QString::fromUtf8(GST_OBJECT_NAME(GST_MESSAGE_SRC(message))));
+        handleFailure(GstSupport::fromGError(error.get()));
+        break;
+    }
+    case GST_MESSAGE_EOS:
+        if (m_phase == Phase::ShuttingDown) {
+            endShutDown();
+        } else if (m_phase == Phase::Stopping) {
+            m_phase = Phase::Ended;
+            tearDown();
+            if (onFinished)
+                onFinished();
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void GstCaptureSession::onDisplayError(bool windowLost, const QString& description)
+{
+    // Any thread: only atomics, the locked first error and a queued call.
+    if (windowLost)
+        m_windowLost = true;
+    const Error error
+        = windowLost ? videoError(RecordingTexts::windowGone()) : Error(u"X11"_s, 1, description);
+    {
+        std::lock_guard lock(m_errorMutex);
+        if (!m_firstError)
+            m_firstError = error;
+    }
+    QMetaObject::invokeMethod(
+        this, [this, error] { handleFailure(error); }, Qt::QueuedConnection);
+}
+
+GstBusSyncReply GstCaptureSession::onBusMessage(GstBus*, GstMessage* message, gpointer self)
+{
+    auto* session = static_cast<GstCaptureSession*>(self);
+    const GstMessageType type = GST_MESSAGE_TYPE(message);
+    if (type != GST_MESSAGE_ERROR && type != GST_MESSAGE_EOS)
+        return GST_BUS_DROP;
+    if (type == GST_MESSAGE_ERROR) {
+        GError* raw = nullptr;
+        gst_message_parse_error(message, &raw, nullptr);
+        GErrorPtr error(raw);
+        std::lock_guard lock(session->m_errorMutex);
+        if (!session->m_firstError)
+            session->m_firstError = GstSupport::fromGError(error.get());
+    }
+    std::shared_ptr<GstMessage> held(gst_message_ref(message), GstMiniObjectUnref());
+    QMetaObject::invokeMethod(
+        session, [session, held] { session->handleMessage(held.get()); }, Qt::QueuedConnection);
+    return GST_BUS_DROP;
+}
+
+GstPadProbeReturn GstCaptureSession::onVideoFrame(GstPad*, GstPadProbeInfo* info, gpointer self)
+{
+    auto* session = static_cast<GstCaptureSession*>(self);
+    // Once the window is gone the source would repeat its last picture or show the desktop behind.
+    if (session->m_windowLost)
+        return GST_PAD_PROBE_DROP;
+    if (!session->m_firstFrameSeen && (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER)) {
+        session->m_firstFrameSeen = true;
+        // The first picture stands for the time from the start of capture, like the audio's silence.
+        GstBuffer* buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
+        GST_PAD_PROBE_INFO_DATA(info) = buffer;
+        const GstClockTime pts = GST_BUFFER_PTS(buffer);
+        if (GST_CLOCK_TIME_IS_VALID(pts) && GST_BUFFER_DURATION_IS_VALID(buffer))
+            GST_BUFFER_DURATION(buffer) += pts;
+        GST_BUFFER_PTS(buffer) = 0;
+    }
+    return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn GstCaptureSession::onFileData(GstPad*, GstPadProbeInfo*, gpointer self)
+{
+    auto* session = static_cast<GstCaptureSession*>(self);
+    if (!session->m_dataWritten.exchange(true)) {
+        QMetaObject::invokeMethod(
+            session,
+            [session] {
+                if (session->m_phase == Phase::Running && session->onStarted)
+                    session->onStarted();
+            },
+            Qt::QueuedConnection);
+    }
+    // What was written before this buffer reaches the disk now: at most about a second is at risk.
+    const gint64 now = g_get_monotonic_time();
+    if (session->m_syncFile >= 0 && now - session->m_lastSync >= syncIntervalUs) {
+        session->m_lastSync = now;
+        ::fdatasync(session->m_syncFile);
+    }
+    return GST_PAD_PROBE_OK;
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "CaptureSession.h"
+#include "GstPointers.h"
+
+#include <QSet>
+#include <QTimer>
+#include <atomic>
+#include <mutex>
+
+// A capture made of a GStreamer pipeline (see RecordingPipeline) writing the staging file.
+//
+// Bus messages, the first data reaching the file and errors of the capture's X connection arrive on
+// streaming threads; each is handed to the main thread, where this object decides what it means.
+// The staging file is flushed to the disk about once a second, so that a power cut loses only the
+// last fragment.
+class GstCaptureSession : public CaptureSession {
+    Q_OBJECT
+
+public:
+    GstCaptureSession(CaptureRequest request, RecordingDesktopInterface& desktop, QObject* parent = nullptr);
+    ~GstCaptureSession() override;
+
+    std::optional<Error> prepare() override;
+    std::optional<Error> start() override;
+    std::optional<Error> stop() override;
+    void shutDown(std::function<void()> done) override;
+    std::optional<double> recordedSeconds() const override;
+
+    static CaptureSessionFactory factory();
+
+private:
+    enum class Phase { Idle, Prepared, Running, Stopping, ShuttingDown, Ended };
+
+    static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
+    static GstPadProbeReturn onVideoFrame(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstPadProbeReturn onFileData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+
+    std::optional<Error> build();
+    void addProbe(const char* element, const char* pad, GstPadProbeCallback callback);
+    void onDisplayError(bool windowLost, const QString& description);
+    void handleMessage(GstMessage* message);
+    void handleFailure(const Error& error);
+    std::optional<Error> errorOfStart(GstStateChangeReturn result);
+    void endShutDown();
+    void tearDown();
+
+    CaptureRequest m_request;
+    RecordingDesktopInterface& m_desktop;
+    GstElementPtr m_pipeline;
+    std::unique_ptr<RecordingDesktopInterface::ErrorWatch> m_errorWatch;
+    Phase m_phase = Phase::Idle;
+    std::function<void()> m_shutDownDone;
+    QSet<QString> m_failedElements;
+    QTimer m_deadline;
+    std::optional<double> m_stoppedAt;
+    int m_syncFile = -1;
+
+    // Shared with the streaming threads.
+    std::atomic<bool> m_windowLost { false };
+    std::atomic<bool> m_dataWritten { false };
+    bool m_firstFrameSeen = false; // the video source's streaming thread only
+    std::atomic<gint64> m_lastSync { 0 };
+    mutable std::mutex m_errorMutex;
+    std::optional<Error> m_firstError;
+};

@@ -1,0 +1,36 @@
+#include "GstSupport.h"
+
+#include "GstPointers.h"
+
+#include <mutex>
+
+using namespace Qt::StringLiterals;
+
+void GstSupport::ensureInitialized()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { gst_init(nullptr, nullptr); });
+}
+
+QStringList GstSupport::missingElements()
+{
+    ensureInitialized();
+    static const char* const needed[] = { "ximagesrc", "videoconvertscale", "x264enc", "h264parse", "mp4mux",
+        "filesink", "pulsesrc", "audioconvert", "audioresample", "avenc_aac", "aacparse", "qtdemux",
+        "filesrc", "avdec_aac", "audiomixer", "queue", "capsfilter" };
+    QStringList missing;
+    for (const char* name : needed) {
+        GstObjectPtr<GstElementFactory> factory(gst_element_factory_find(name));
+        if (!factory)
+            missing.append(QString::fromLatin1(name));
+    }
+    return missing;
+}
+
+Error GstSupport::fromGError(const GError* error)
+{
+    if (!error)
+        return Error(u"GStreamer"_s, 0, QString());
+    return Error(
+        QString::fromUtf8(g_quark_to_string(error->domain)), error->code, QString::fromUtf8(error->message));
+}

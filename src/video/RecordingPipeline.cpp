@@ -1,0 +1,76 @@
+#include "RecordingPipeline.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Raw video waits only briefly: the encoder copies frames into its own look-ahead at once.
+const auto rawVideoQueue = u"queue max-size-buffers=8 max-size-bytes=0 max-size-time=0"_s;
+// Ten seconds: far more than the encoder's delay, so that audio waiting for video never blocks.
+// The encoder keeps a constant quality (CRF 23, what x264 itself defaults to). Its bitrate is set to
+// the highest value only because x264enc would otherwise cap constant quality at its default 2 Mbit/s.
+const auto deepQueue = u"queue max-size-buffers=0 max-size-bytes=0 max-size-time=10000000000"_s;
+
+QString videoBranch(const CaptureRequest& request)
+{
+    QString source = u"ximagesrc name=%1 use-damage=false show-pointer=%2"_s.arg(
+        QString::fromLatin1(RecordingPipeline::videoSource), request.options.cursor ? u"true"_s : u"false"_s);
+    const QRect& area = request.area.rootRect;
+    if (request.area.windowId != 0) {
+        source += u" xid=%1"_s.arg(request.area.windowId);
+    } else {
+        source += u" startx=%1 starty=%2 endx=%3 endy=%4"_s.arg(area.left())
+                      .arg(area.top())
+                      .arg(area.left() + area.width() - 1)
+                      .arg(area.top() + area.height() - 1);
+    }
+    const int fps = request.options.fps;
+    return source + u" ! video/x-raw,framerate=%1/1 ! "_s.arg(fps) + rawVideoQueue
+        + u" ! videoconvertscale add-borders=true"
+          u" ! video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1"
+          u" ! x264enc speed-preset=%3 pass=qual quantizer=23 bitrate=2048000 key-int-max=%4 bframes=0 "
+          u"aud=false"
+          u" ! h264parse ! "_s.arg(request.frameSize.width)
+              .arg(request.frameSize.height)
+              .arg(request.speedPreset)
+              .arg(2 * fps)
+        + deepQueue + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
+}
+
+QString audioBranch(int index)
+{
+    return u" pulsesrc name=%1 provide-clock=false client-name=Vexet"
+           u" ! audio/x-raw,rate=48000,channels=2 ! audiorate ! "_s.arg(RecordingPipeline::audioSource(index))
+        + deepQueue + u" ! audioconvert ! avenc_aac bitrate=128000 ! aacparse ! "_s + deepQueue
+        + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
+}
+
+} // namespace
+
+QString RecordingPipeline::audioSource(int index)
+{
+    return u"audio_source%1"_s.arg(index);
+}
+
+QList<bool> RecordingPipeline::audioTracks(const VideoOptions& options)
+{
+    QList<bool> tracks;
+    if (options.systemAudio)
+        tracks.append(true);
+    if (options.microphone)
+        tracks.append(false);
+    return tracks;
+}
+
+QString RecordingPipeline::describe(const CaptureRequest& request)
+{
+    // Faststart stays off: the header is written first anyway, and fragments follow as they come.
+    QString description = u"mp4mux name=%1 fragment-duration=1000 faststart=false"
+                          u" ! filesink name=%2 buffer-mode=unbuffered async=false "_s.arg(
+                              QString::fromLatin1(muxer), QString::fromLatin1(fileSink))
+        + videoBranch(request);
+    const qsizetype tracks = audioTracks(request.options).size();
+    for (int i = 0; i < tracks; ++i)
+        description += audioBranch(i);
+    return description;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CaptureSession.h"
+
+#include <QString>
+
+// The GStreamer pipeline of a recording, as a launch description, and the names of the elements the
+// session talks to. Paths and device names are set on the elements afterwards, never in the text.
+class RecordingPipeline {
+public:
+    static constexpr const char* videoSource = "video_source";
+    static constexpr const char* muxer = "mux";
+    static constexpr const char* fileSink = "file";
+    // Audio sources are named "audio_source0", "audio_source1", … in track order.
+    static QString audioSource(int index);
+
+    // ximagesrc (no damage tracking, the pointer as asked, the region by coordinates or the window by
+    // id) → the chosen frame rate → scaled with borders to the frame size → H.264; one AAC track per
+    // audio option (48 kHz stereo); all into a fragmented MP4 of about one fragment a second. Audio
+    // sources never provide the clock, and the audio queues hold far more than the encoder's delay.
+    //
+    // A fragmented MP4 from GStreamer's muxer starts every track at zero and has no edit lists, so the
+    // tracks are made to start at zero themselves: audio is filled with silence from the start (and
+    // across any drop-out), the first picture is stretched back to the start (see the session), and
+    // the encoder makes no B-frames, whose reordering delay would otherwise shift the video.
+    static QString describe(const CaptureRequest& request);
+
+    // The audio tracks in order: true for system audio (the default output's monitor), false for the
+    // microphone.
+    static QList<bool> audioTracks(const VideoOptions& options);
+};
