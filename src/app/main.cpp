@@ -61,8 +61,8 @@ int main(int argc, char* argv[])
     DBusFileReveal fileReveal;
     services.missingVideoRequirements = [] { return GstSupport::missingElements(); };
     services.makeVideoController = [&]() -> std::unique_ptr<VideoSideInterface> {
-        return std::make_unique<VideoController>(std::make_unique<VideoRecorder>(recordingDesktop), videoSources,
-            fileReveal, preferences.defaults());
+        return std::make_unique<VideoController>(std::make_unique<VideoRecorder>(recordingDesktop),
+            videoSources, fileReveal, preferences.defaults());
     };
 
     AppDelegate delegate(preferences, std::move(services));

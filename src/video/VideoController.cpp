@@ -108,8 +108,8 @@ void VideoController::buildWindow(const VideoOptions& saved)
 
     m_kind = popup({ u"Tam ekran"_s, u"Seçili alan"_s, u"Pencere"_s }, this);
     m_source = new QComboBox(this);
-    m_quality = popup(
-        { u"1080p — en fazla 1920 × 1080"_s, u"4K — en fazla 3840 × 2160"_s, u"Orijinal — H.264 sınırına kadar"_s },
+    m_quality = popup({ u"1080p — en fazla 1920 × 1080"_s, u"4K — en fazla 3840 × 2160"_s,
+                          u"Orijinal — H.264 sınırına kadar"_s },
         this);
     m_quality->setCurrentIndex(saved.quality);
     m_fps = popup({ u"30 FPS"_s, u"60 FPS"_s }, this);
@@ -124,7 +124,8 @@ void VideoController::buildWindow(const VideoOptions& saved)
 
     auto* stack = new QVBoxLayout;
     stack->setSpacing(14);
-    stack->addWidget(WindowHelpers::wrappingLabel(u"Ekranını sesli kaydet"_s, WindowHelpers::systemFont(24, true), this));
+    stack->addWidget(
+        WindowHelpers::wrappingLabel(u"Ekranını sesli kaydet"_s, WindowHelpers::systemFont(24, true), this));
     stack->addWidget(row(u"Kayıt türü"_s, m_kind, this));
     stack->addWidget(row(u"Kaynak"_s, m_source, this));
     stack->addWidget(row(u"Kalite"_s, m_quality, this));
@@ -132,10 +133,11 @@ void VideoController::buildWindow(const VideoOptions& saved)
     stack->addWidget(m_systemAudio);
     stack->addWidget(m_microphone);
     stack->addWidget(m_cursor);
-    stack->addWidget(WindowHelpers::wrappingLabel(
-        u"MP4 • H.264 • Kayıttan önce 3 saniye geri sayım.\nHer iki ses seçeneğini açabilir veya sessiz kayıt "
-        u"yapabilirsin. Kulaklık kullanmak mikrofon yankısını azaltır."_s,
-        WindowHelpers::systemFont(12), this));
+    stack->addWidget(
+        WindowHelpers::wrappingLabel(u"MP4 • H.264 • Kayıttan önce 3 saniye geri sayım.\nHer iki ses "
+                                     u"seçeneğini açabilir veya sessiz kayıt "
+                                     u"yapabilirsin. Kulaklık kullanmak mikrofon yankısını azaltır."_s,
+            WindowHelpers::systemFont(12), this));
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(12);
     m_startButton = WindowHelpers::button(u"Kaydı başlat…"_s, this, [this] { startPressed(); });
@@ -195,13 +197,15 @@ void VideoController::refresh()
         m_loading = false;
         m_refreshButton->setEnabled(true);
         if (!displays.ok() || !windows.ok()) {
-            m_info->setText(u"Kaynaklar alınamadı. Ekran kaydı iznini kontrol et, Vexet’i yeniden aç ve Kaynakları "
-                            u"yenile’ye bas.\n"_s
+            m_info->setText(
+                u"Kaynaklar alınamadı. Ekran kaydı iznini kontrol et, Vexet’i yeniden aç ve Kaynakları "
+                u"yenile’ye bas.\n"_s
                 + (displays.ok() ? windows.error() : displays.error()).localizedDescription());
             return;
         }
         m_displays = displays.value();
-        m_windows = VideoSourceList::offered(windows.value(), static_cast<quint32>(QCoreApplication::applicationPid()));
+        m_windows = VideoSourceList::offered(
+            windows.value(), static_cast<quint32>(QCoreApplication::applicationPid()));
         sourceKindChanged();
         m_info->setText(u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s);
     });

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "OwnWindows.h"
-#include "RegionSelectionWindow.h"
 #include "RecorderState.h"
+#include "RegionSelectionWindow.h"
 #include "Result.h"
 #include "VideoOptions.h"
 #include "VideoSideInterface.h"
@@ -32,8 +32,8 @@ public:
     static constexpr int width = 610;
     static constexpr int height = 570;
 
-    VideoController(std::unique_ptr<VideoRecorder> recorder, VideoSources& sources, FileReveal& reveal, QSettings& store,
-        QWidget* parent = nullptr);
+    VideoController(std::unique_ptr<VideoRecorder> recorder, VideoSources& sources, FileReveal& reveal,
+        QSettings& store, QWidget* parent = nullptr);
     ~VideoController() override;
 
     void toggle() override;

@@ -7,8 +7,8 @@ using namespace Qt::StringLiterals;
 class TestVideoSourceList : public QObject {
     Q_OBJECT
 
-    static VideoWindow window(quint32 id, const QString& app, const QString& title, QSize size = { 400, 300 },
-        quint32 pid = 100)
+    static VideoWindow window(
+        quint32 id, const QString& app, const QString& title, QSize size = { 400, 300 }, quint32 pid = 100)
     {
         return VideoWindow { id, app, title, QRect(QPoint(10, 10), size), pid };
     }
@@ -18,13 +18,16 @@ private Q_SLOTS:
     {
         QCOMPARE(VideoSourceList::displayTitle(VideoDisplay { 2, u"Studio Display"_s, {}, 1.0 }, 1),
             u"Studio Display [2]"_s);
-        QCOMPARE(VideoSourceList::displayTitle(VideoDisplay { 453, QString(), {}, 1.0 }, 2), u"Ekran 2 [453]"_s);
+        QCOMPARE(
+            VideoSourceList::displayTitle(VideoDisplay { 453, QString(), {}, 1.0 }, 2), u"Ekran 2 [453]"_s);
     }
 
     void windowsNameTheirApplicationAndTitle()
     {
-        QCOMPARE(VideoSourceList::windowTitle(window(77, u"Gedit"_s, u"notlar.txt"_s)), u"Gedit — notlar.txt [77]"_s);
-        QCOMPARE(VideoSourceList::windowTitle(window(78, u"Gedit"_s, QString())), u"Gedit — Adsız pencere [78]"_s);
+        QCOMPARE(VideoSourceList::windowTitle(window(77, u"Gedit"_s, u"notlar.txt"_s)),
+            u"Gedit — notlar.txt [77]"_s);
+        QCOMPARE(
+            VideoSourceList::windowTitle(window(78, u"Gedit"_s, QString())), u"Gedit — Adsız pencere [78]"_s);
         QCOMPARE(VideoSourceList::windowTitle(window(79, QString(), u"x"_s)), u"Uygulama — x [79]"_s);
     }
 
@@ -43,11 +46,9 @@ private Q_SLOTS:
 
     void windowsAreSortedByApplicationKeepingTheirOrderWithinOne()
     {
-        const QList<VideoWindow> offered = VideoSourceList::offered({ window(1, u"Zeta"_s, u"z1"_s),
-                                                                        window(2, u"Beta"_s, u"b1"_s),
-                                                                        window(3, u"Zeta"_s, u"z2"_s),
-                                                                        window(4, QString(), u"none"_s),
-                                                                        window(5, u"Beta"_s, u"b2"_s) },
+        const QList<VideoWindow> offered = VideoSourceList::offered(
+            { window(1, u"Zeta"_s, u"z1"_s), window(2, u"Beta"_s, u"b1"_s), window(3, u"Zeta"_s, u"z2"_s),
+                window(4, QString(), u"none"_s), window(5, u"Beta"_s, u"b2"_s) },
             999);
         QList<quint32> ids;
         for (const VideoWindow& w : offered)

@@ -35,7 +35,8 @@ class TestRecordingAudio : public QObject {
     QString path(const QString& name) const { return m_dir.filePath(name); }
     QStringList leftovers() const
     {
-        return QDir(m_dir.path()).entryList({ u".Vexet-*"_s, u"Vexet-kurtarma-*"_s }, QDir::Files | QDir::Hidden);
+        return QDir(m_dir.path())
+            .entryList({ u".Vexet-*"_s, u"Vexet-kurtarma-*"_s }, QDir::Files | QDir::Hidden);
     }
 
 private Q_SLOTS:

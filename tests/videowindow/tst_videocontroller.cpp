@@ -65,7 +65,8 @@ class TestVideoController : public QObject {
     // The save dialog that is up now, answered with a file name in the test folder.
     bool acceptSaveDialog(const QString& name)
     {
-        if (!QTest::qWaitFor([this] { return m_video->savePanel() && m_video->savePanel()->isVisible(); }, 10000))
+        if (!QTest::qWaitFor(
+                [this] { return m_video->savePanel() && m_video->savePanel()->isVisible(); }, 10000))
             return false;
         QFileDialog* panel = m_video->savePanel();
         panel->setDirectory(m_dir.path());
@@ -81,7 +82,8 @@ private Q_SLOTS:
         m_store->clear();
         m_sources = CountingSources();
         m_reveal.revealed.clear();
-        m_video = std::make_unique<VideoController>(std::make_unique<VideoRecorder>(m_desktop), m_sources, m_reveal, *m_store);
+        m_video = std::make_unique<VideoController>(
+            std::make_unique<VideoRecorder>(m_desktop), m_sources, m_reveal, *m_store);
         m_statuses.clear();
         m_video->onStatus = [this](bool busy, const QString& text) { m_statuses.append({ busy, text }); };
     }
@@ -99,13 +101,15 @@ private Q_SLOTS:
             return texts;
         };
         QCOMPARE(items(m_video->kind()), (QStringList { u"Tam ekran"_s, u"Seçili alan"_s, u"Pencere"_s }));
-        QCOMPARE(items(m_video->quality()), (QStringList { u"1080p — en fazla 1920 × 1080"_s,
-                                                u"4K — en fazla 3840 × 2160"_s, u"Orijinal — H.264 sınırına kadar"_s }));
+        QCOMPARE(items(m_video->quality()),
+            (QStringList { u"1080p — en fazla 1920 × 1080"_s, u"4K — en fazla 3840 × 2160"_s,
+                u"Orijinal — H.264 sınırına kadar"_s }));
         QCOMPARE(items(m_video->fps()), (QStringList { u"30 FPS"_s, u"60 FPS"_s }));
         QCOMPARE(m_video->systemAudio()->text(), u"Sistem sesi"_s);
         QCOMPARE(m_video->microphone()->text(), u"Mikrofon (varsayılan giriş aygıtı)"_s);
         QCOMPARE(m_video->cursor()->text(), u"Fare imlecini göster"_s);
-        QVERIFY(m_video->systemAudio()->isChecked() && !m_video->microphone()->isChecked() && m_video->cursor()->isChecked());
+        QVERIFY(m_video->systemAudio()->isChecked() && !m_video->microphone()->isChecked()
+            && m_video->cursor()->isChecked());
         QCOMPARE(m_video->startButton()->text(), u"Kaydı başlat…"_s);
         QCOMPARE(m_video->refreshButton()->text(), u"Kaynakları yenile"_s);
         QCOMPARE(m_video->info()->text(), u"Kaynaklar yükleniyor…"_s);
@@ -117,7 +121,8 @@ private Q_SLOTS:
         VideoController video(std::make_unique<VideoRecorder>(m_desktop), m_sources, m_reveal, *m_store);
         QCOMPARE(video.quality()->currentIndex(), 2);
         QCOMPARE(video.fps()->currentIndex(), 1);
-        QVERIFY(!video.systemAudio()->isChecked() && video.microphone()->isChecked() && !video.cursor()->isChecked());
+        QVERIFY(!video.systemAudio()->isChecked() && video.microphone()->isChecked()
+            && !video.cursor()->isChecked());
         QCOMPARE(video.chosenOptions(), (VideoOptions { false, true, 60, 2, false }));
     }
 
@@ -136,7 +141,8 @@ private Q_SLOTS:
         QCOMPARE(m_video->source()->itemText(0), u"DUMMY0 [%1]"_s.arg(displays[0].outputId));
         QCOMPARE(m_video->source()->itemText(1), u"Ekran 2 [%1]"_s.arg(displays[1].outputId));
         QVERIFY(m_video->startButton()->isEnabled());
-        QCOMPARE(m_video->info()->text(), u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s);
+        QCOMPARE(m_video->info()->text(),
+            u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s);
 
         // No other program's window: the list is empty and nothing can start.
         m_video->kind()->setCurrentIndex(2);
@@ -234,7 +240,8 @@ private Q_SLOTS:
         m_video->finished(QString(m_dir.filePath(u"Vexet_test.mp4"_s)));
         QCOMPARE(m_video->info()->text(), u"Kaydedildi: Vexet_test.mp4"_s);
         QCOMPARE(m_reveal.revealed, QStringList { m_dir.filePath(u"Vexet_test.mp4"_s) });
-        m_video->finished(videoError(u"Kayıt kesildi: x\nKurtarma dosyası (oynatılabilirliği garanti edilmez):\n/tmp/a.mp4"_s));
+        m_video->finished(videoError(
+            u"Kayıt kesildi: x\nKurtarma dosyası (oynatılabilirliği garanti edilmez):\n/tmp/a.mp4"_s));
         QCOMPARE(m_video->info()->text(), u"Kayıt tamamlanamadı."_s);
         QTRY_COMPARE(alerts.alerts().size(), 1);
         QCOMPARE(alerts.alerts()[0][1], u"Video kaydı"_s);

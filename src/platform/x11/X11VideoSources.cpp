@@ -29,7 +29,8 @@ Result<QList<VideoDisplay>> X11VideoSources::displays()
     // In the order of Qt's screens, each matched to the output that shows the same area.
     const QList<QScreen*> screens = QGuiApplication::screens();
     for (const QScreen* screen : screens) {
-        const QRect pixels(screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio());
+        const QRect pixels(
+            screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio());
         for (const X11Outputs::Output& output : all) {
             if (output.geometry.topLeft() != pixels.topLeft())
                 continue;
@@ -53,15 +54,15 @@ Result<QList<VideoWindow>> X11VideoSources::windows()
     QList<VideoWindow> result;
     for (xcb_window_t window : std::as_const(stacking)) {
         const QList<xcb_atom_t> types = windows.atoms(window, "_NET_WM_WINDOW_TYPE");
-        if ((!types.isEmpty() && !types.contains(normal)) || windows.atoms(window, "_NET_WM_STATE").contains(hidden)
-            || !windows.isViewable(window))
+        if ((!types.isEmpty() && !types.contains(normal))
+            || windows.atoms(window, "_NET_WM_STATE").contains(hidden) || !windows.isViewable(window))
             continue;
         const std::optional<QRect> geometry = windows.rootGeometry(window);
         if (!geometry)
             continue;
         const QStringList wmClass = windows.wmClass(window);
-        result.append(VideoWindow { static_cast<quint32>(window), wmClass.value(1), windows.title(window), *geometry,
-            windows.pid(window).value_or(0) });
+        result.append(VideoWindow { static_cast<quint32>(window), wmClass.value(1), windows.title(window),
+            *geometry, windows.pid(window).value_or(0) });
     }
     return result;
 }
