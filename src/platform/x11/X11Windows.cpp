@@ -39,7 +39,9 @@ QList<xcb_window_t> X11Windows::clientsStacking() const
     const QByteArray data
         = property(m_connection.root(), m_connection.atom("_NET_CLIENT_LIST_STACKING"), XCB_ATOM_WINDOW);
     QList<xcb_window_t> result(static_cast<qsizetype>(data.size() / sizeof(xcb_window_t)));
-    std::memcpy(result.data(), data.constData(), static_cast<size_t>(result.size()) * sizeof(xcb_window_t));
+    if (!result.isEmpty())
+        std::memcpy(
+            result.data(), data.constData(), static_cast<size_t>(result.size()) * sizeof(xcb_window_t));
     return result;
 }
 
@@ -108,7 +110,8 @@ QList<xcb_atom_t> X11Windows::atoms(xcb_window_t window, const QByteArray& name)
 {
     const QByteArray data = property(window, m_connection.atom(name), XCB_ATOM_ATOM);
     QList<xcb_atom_t> result(static_cast<qsizetype>(data.size() / sizeof(xcb_atom_t)));
-    std::memcpy(result.data(), data.constData(), static_cast<size_t>(result.size()) * sizeof(xcb_atom_t));
+    if (!result.isEmpty())
+        std::memcpy(result.data(), data.constData(), static_cast<size_t>(result.size()) * sizeof(xcb_atom_t));
     return result;
 }
 
