@@ -35,6 +35,7 @@ class TestAppDelegate : public QObject {
 
     void makePreferences(bool welcomed)
     {
+        m_preferences.reset(); // written back before its folder goes
         m_dir = std::make_unique<QTemporaryDir>();
         m_preferences = std::make_unique<Preferences>(
             std::make_unique<QSettings>(m_dir->filePath(u"Vexet.conf"_s), QSettings::IniFormat));
