@@ -37,11 +37,13 @@ QString videoBranch(const CaptureRequest& request)
         + deepQueue + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
 }
 
+// AAC at 128 kbit/s with FFmpeg's fast coder: at this rate it is as good as the default two-loop
+// search and takes about half the time.
 QString audioBranch(int index)
 {
     return u" pulsesrc name=%1 provide-clock=false client-name=Vexet"
            u" ! audio/x-raw,rate=48000,channels=2 ! audiorate ! "_s.arg(RecordingPipeline::audioSource(index))
-        + deepQueue + u" ! audioconvert ! avenc_aac bitrate=128000 ! aacparse ! "_s + deepQueue
+        + deepQueue + u" ! audioconvert ! avenc_aac bitrate=128000 aac-coder=fast ! aacparse ! "_s + deepQueue
         + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
 }
 
