@@ -246,7 +246,8 @@ void GstCaptureSession::handleMessage(GstMessage* message)
     case GST_MESSAGE_EOS:
         if (m_phase == Phase::ShuttingDown) {
             endShutDown();
-        } else if (m_phase == Phase::Stopping) {
+        } else if (m_phase == Phase::Stopping || m_phase == Phase::Running) {
+            // Normally after a stop; a stream that ends by itself has finished its file all the same.
             m_phase = Phase::Ended;
             tearDown();
             if (onFinished)
