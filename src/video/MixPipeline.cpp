@@ -12,6 +12,10 @@ namespace {
 
 // Generous: the video is only copied, so even hours of recording take well under a minute.
 constexpr double baseDeadlineSeconds = 120;
+// Header space kept per track and second of media: a 60 fps video track with irregular frame
+// durations needs about 800 bytes a second, an AAC track about 300.
+constexpr guint reservedBytesPerSecond = 1200;
+constexpr double reservedMarginSeconds = 30;
 
 void setUnboundedQueue(GstElement* queue)
 {
@@ -27,12 +31,14 @@ GstPad* sinkPad(GstElement* element)
 
 } // namespace
 
-MixPipeline::MixPipeline(QString input, QString output, int audioTracks, double durationSeconds)
+MixPipeline::MixPipeline(
+    QString input, QString output, int audioTracks, double durationSeconds, Header header)
     : m_input(std::move(input))
     , m_output(std::move(output))
     , m_workFile(m_output + u".part"_s)
     , m_audioTracks(audioTracks)
     , m_durationSeconds(durationSeconds)
+    , m_header(header)
 {
 }
 
@@ -74,8 +80,15 @@ std::optional<Error> MixPipeline::build()
     if (!source || !demuxer || !muxer || !sink || !m_videoInput)
         return videoError(RecordingTexts::exportUnavailable());
     g_object_set(asGObject(source), "location", QFile::encodeName(m_input).constData(), nullptr);
-    g_object_set(asGObject(muxer), "faststart", TRUE, "faststart-file",
-        QFile::encodeName(m_workFile).constData(), nullptr);
+    if (m_header == Header::Reserved) {
+        const double seconds
+            = (std::isfinite(m_durationSeconds) ? m_durationSeconds : 0) + reservedMarginSeconds;
+        g_object_set(asGObject(muxer), "reserved-max-duration", static_cast<guint64>(seconds * GST_SECOND),
+            "reserved-bytes-per-sec", reservedBytesPerSecond, nullptr);
+    } else {
+        g_object_set(asGObject(muxer), "faststart", TRUE, "faststart-file",
+            QFile::encodeName(m_workFile).constData(), nullptr);
+    }
     g_object_set(asGObject(sink), "location", QFile::encodeName(m_output).constData(), nullptr);
     setUnboundedQueue(m_videoInput);
     GstPadPtr videoIn(gst_element_get_static_pad(m_videoInput, "sink"));
@@ -108,13 +121,16 @@ bool MixPipeline::buildAudio(GstPad* muxerPad)
         return gst_pad_link(out.get(), muxerPad) == GST_PAD_LINK_OK;
     }
     GstElement* mixer = add("audiomixer");
+    GstElement* mixed = add("queue"); // mixing and encoding each get a thread
     GstElement* convert = add("audioconvert");
     GstElement* encoder = add("avenc_aac");
-    if (!mixer || !convert || !encoder)
+    if (!mixer || !mixed || !convert || !encoder)
         return false;
+    // The same encoder settings as the recording's own tracks.
     g_object_set(asGObject(encoder), "bitrate", 128000, nullptr);
+    gst_util_set_object_arg(asGObject(encoder), "aac-coder", "fast");
     GstPadPtr encoded(gst_element_get_static_pad(encoder, "src"));
-    if (!gst_element_link_many(mixer, convert, encoder, nullptr)
+    if (!gst_element_link_many(mixer, mixed, convert, encoder, nullptr)
         || gst_pad_link(encoded.get(), muxerPad) != GST_PAD_LINK_OK)
         return false;
     for (int i = 0; i < m_audioTracks; ++i) {

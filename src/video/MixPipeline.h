@@ -18,7 +18,13 @@
 // With one audio track the track goes straight to the muxer; with none there is no audio branch.
 class MixPipeline {
 public:
-    MixPipeline(QString input, QString output, int audioTracks, double durationSeconds);
+    // Where the header goes. Either way it ends up in front of the media data.
+    enum class Header {
+        Reserved, // space for it is kept at the front and it is written there at the end: one pass
+        Copied, // it is written first and the media data copied after it from a work file
+    };
+
+    MixPipeline(QString input, QString output, int audioTracks, double durationSeconds, Header header);
     ~MixPipeline();
 
     MixPipeline(const MixPipeline&) = delete;
@@ -43,6 +49,7 @@ private:
     QString m_workFile;
     int m_audioTracks;
     double m_durationSeconds;
+    Header m_header;
     GstElementPtr m_pipeline;
     GstElement* m_videoInput = nullptr; // not owned: elements belong to the pipeline
     QList<GstElement*> m_audioInputs;

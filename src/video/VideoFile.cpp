@@ -5,6 +5,8 @@
 #include "RecordingFiles.h"
 #include "RecordingTexts.h"
 
+#include <gst/gst.h>
+
 #include <cmath>
 
 Result<QString> VideoFile::finishAudio(const QString& input)
@@ -17,8 +19,18 @@ Result<QString> VideoFile::finishAudio(const QString& input)
         return videoError(RecordingTexts::noVideo());
 
     const QString output = RecordingFiles::mixPath(input);
-    MixPipeline pipeline(input, output, media.audioTracks, media.durationSeconds);
-    if (std::optional<Error> error = pipeline.run())
+    // In one pass with the header's space kept at the front; should that space not suffice, the
+    // classic way: header first, media data copied after it.
+    std::optional<Error> error
+        = MixPipeline(input, output, media.audioTracks, media.durationSeconds, MixPipeline::Header::Reserved)
+              .run();
+    if (error && error->domain() == QString::fromUtf8(g_quark_to_string(GST_STREAM_ERROR))
+        && error->code() == GST_STREAM_ERROR_MUX) {
+        error = MixPipeline(
+            input, output, media.audioTracks, media.durationSeconds, MixPipeline::Header::Copied)
+                    .run();
+    }
+    if (error)
         return *error;
     return output;
 }

@@ -1,4 +1,5 @@
 #include "MediaReader.h"
+#include "MixPipeline.h"
 #include "Mp4Boxes.h"
 #include "RecordingFiles.h"
 #include "TestMedia.h"
@@ -160,6 +161,20 @@ private Q_SLOTS:
         QCOMPARE(result.audio().first().digest, original.audio().first().digest);
         QVERIFY2(std::abs(result.audio().first().firstTime - 1.0) < 0.05,
             qPrintable(u"the copied track starts at %1 s"_s.arg(result.audio().first().firstTime)));
+    }
+
+    void theCopiedHeaderLayoutIsARegularFileToo()
+    {
+        // The finishing step falls back to this layout when the header outgrows its kept space.
+        const QString in = input(u"copied.mp4"_s, 2, { { 440, 0.5, 0, 2 }, { 1000, 0.5, 0, 2 } });
+        const QString out = RecordingFiles::mixPath(in);
+        QVERIFY(!MixPipeline(in, out, 2, 2.0, MixPipeline::Header::Copied).run());
+        checkRegularBeside(in, out);
+        QCOMPARE(mixFiles(), QStringList({ QFileInfo(out).fileName() }));
+        const MediaReader::Packets result = MediaReader::packets(out);
+        QCOMPARE(result.video().size(), 1);
+        QCOMPARE(result.audio().size(), 1);
+        QCOMPARE(result.video().first().digest, MediaReader::packets(in).video().first().digest);
     }
 
     void aFileWithoutVideoIsRefused()
