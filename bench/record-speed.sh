@@ -5,8 +5,9 @@
 #
 # On one 1920 × 1080 monitor with full-screen moving content and a tone playing into the speaker,
 # records SECONDS at 30 and at 60 frames per second with system audio, once with Vexet's engine
-# (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264, the same preset, quality,
-# key-frame interval, size and rate), and prints for each: frames written ÷ frames expected, CPU
+# (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264 and FFmpeg's AAC, with the
+# engine's settings: the same preset, CRF 23, no B-frames, key-frame interval, AAC coder and bitrate,
+# size and rate), and prints for each: frames written ÷ frames expected, CPU
 # seconds per recorded second, bytes per second, and the ratios ours ÷ ffmpeg. Then it makes a
 # 10-minute recording with two audio tracks and times the finishing step on it.
 #
@@ -75,7 +76,7 @@ theirs() {
     ffmpeg -hide_banner -loglevel error -y -thread_queue_size 1024 -f x11grab -framerate "$fps" \
         -video_size 1920x1080 -draw_mouse 1 -i "$DISPLAY+0,0" -thread_queue_size 1024 -f pulse \
         -i vexet_speaker.monitor -c:v libx264 -preset "$preset" -crf 23 -bf 0 -g $((2 * fps)) \
-        -pix_fmt yuv420p -c:a aac -b:a 128k -ar 48000 -ac 2 -fps_mode passthrough -t "$seconds" "$out" \
+        -pix_fmt yuv420p -c:a aac -aac_coder fast -b:a 128k -ar 48000 -ac 2 -fps_mode passthrough -t "$seconds" "$out" \
         </dev/null &
     pid=$!
     while now=$(cpu_ticks "$pid" 2>/dev/null); do
@@ -102,16 +103,16 @@ for preset in $presets; do
 done
 
 if [[ ${FINISH:-1} != 0 ]]; then
-    # Ten minutes at 1920 × 1080, 30 frames per second, two tones on two tracks, fragmented like a
-    # staging file.
+    # Ten minutes at 1920 × 1080, 30 frames per second, two tracks of sound (pink noise at two levels,
+    # closer to music and speech than pure tones), fragmented like a staging file.
     long=$work/long.mp4
     gst-launch-1.0 -q mp4mux name=m fragment-duration=1000 ! filesink location="$long" \
         videotestsrc num-buffers=18000 pattern=smpte horizontal-speed=3 \
         ! video/x-raw,width=1920,height=1080,framerate=30/1 \
         ! x264enc speed-preset=ultrafast pass=qual quantizer=23 key-int-max=60 bframes=0 ! h264parse ! queue ! m. \
-        audiotestsrc num-buffers=28125 samplesperbuffer=1024 freq=440 ! audio/x-raw,rate=48000,channels=2 \
-        ! avenc_aac ! aacparse ! queue ! m. \
-        audiotestsrc num-buffers=28125 samplesperbuffer=1024 freq=1000 ! audio/x-raw,rate=48000,channels=2 \
-        ! avenc_aac ! aacparse ! queue ! m.
+        audiotestsrc num-buffers=28125 samplesperbuffer=1024 wave=pink-noise volume=0.3 \
+        ! audio/x-raw,rate=48000,channels=2 ! avenc_aac aac-coder=fast ! aacparse ! queue ! m. \
+        audiotestsrc num-buffers=28125 samplesperbuffer=1024 wave=pink-noise volume=0.1 \
+        ! audio/x-raw,rate=48000,channels=2 ! avenc_aac aac-coder=fast ! aacparse ! queue ! m.
     "$build/bench/bench_finish_speed" "$long"
 fi
