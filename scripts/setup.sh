@@ -35,7 +35,9 @@ packages=(
     # the virtual desktop and the tests
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils x11-utils xauth openbox trayer
     dbus dbus-bin pulseaudio pulseaudio-utils xdotool xclip gstreamer1.0-tools libclang-rt-14-dev
-    desktop-file-utils
+    desktop-file-utils libx11-dev
+    # the recording benchmark compares with ffmpeg
+    ffmpeg
 )
 
 missing=()
