@@ -1,5 +1,6 @@
 #include "MediaReader.h"
 #include "Mp4Boxes.h"
+#include "PrivateSoundServer.h"
 #include "RecordCheckProcess.h"
 #include "RecordingFiles.h"
 
@@ -7,6 +8,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -29,7 +33,8 @@ QStringList vexetFiles(const QString& folder)
 } // namespace
 
 // The recording process meets real faults: it is killed, its disk fills up, its folder is read-only,
-// its sound server goes away. vexet-record-check runs the real engine in a process of its own.
+// its sound server goes away, its folder turns read-only before what was recorded can be rescued.
+// vexet-record-check runs the real engine in a process of its own.
 class TestRecordingFaults : public QObject {
     Q_OBJECT
 
@@ -168,40 +173,16 @@ private Q_SLOTS:
     void theSoundServerGoingAwayEndsInARecoveryFile()
     {
         showContent(u"bars"_s);
-        // A sound server of this test's own, so that the desktop's stays up.
-        const QString pulseDir = path(u"pulse"_s);
-        QVERIFY(QDir().mkpath(pulseDir + u"/runtime"_s));
-        QFile::setPermissions(pulseDir + u"/runtime"_s,
-            QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QProcess server;
-        QProcessEnvironment serverEnvironment = QProcessEnvironment::systemEnvironment();
-        serverEnvironment.insert(u"HOME"_s, pulseDir);
-        serverEnvironment.insert(u"PULSE_RUNTIME_PATH"_s, pulseDir + u"/runtime"_s);
-        serverEnvironment.insert(u"PULSE_STATE_PATH"_s, pulseDir);
-        serverEnvironment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
-        server.setProcessEnvironment(serverEnvironment);
-        server.setStandardOutputFile(QProcess::nullDevice());
-        server.setStandardErrorFile(QProcess::nullDevice());
-        const QString socket = pulseDir + u"/native"_s;
-        server.start(u"pulseaudio"_s,
-            { u"--daemonize=no"_s, u"--system=no"_s, u"--exit-idle-time=-1"_s, u"-n"_s,
-                u"--use-pid-file=no"_s,
-                u"--load=module-native-protocol-unix socket=%1 auth-anonymous=1"_s.arg(socket),
-                u"--load=module-null-sink sink_name=vexet_private_speaker"_s });
-        QVERIFY(server.waitForStarted());
-        QVERIFY(QTest::qWaitFor([&] { return QFile::exists(socket); }, 10000));
-
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"PULSE_SERVER"_s, u"unix:"_s + socket);
+        PrivateSoundServer server(path(u"pulse"_s));
+        QVERIFY(QDir().mkpath(path(u"pulse"_s)) && server.start());
         RecordCheckProcess driver;
         const QString folder = path(u"sound"_s);
         QVERIFY(QDir().mkpath(folder));
         driver.start({ u"--region"_s, u"DUMMY0:0,0,800,600"_s, u"--seconds"_s, u"60"_s, u"--out"_s,
                          folder + u"/film.mp4"_s },
-            {}, environment);
+            {}, server.clientEnvironment());
         QVERIFY(driver.waitForLine(u"status recording 00:02"_s));
         server.kill();
-        server.waitForFinished();
         QVERIFY(driver.waitForExit(30000));
         QCOMPARE(driver.exitCode(), 1);
         QCOMPARE(driver.statusTexts().count(u"stopping Kayıt sonlandırılıyor…"_s), 1);
@@ -211,6 +192,45 @@ private Q_SLOTS:
         const QString recovery = message.section(lead, 1);
         QCOMPARE(vexetFiles(folder), QStringList({ QFileInfo(recovery).fileName() }));
         checkPlayable(recovery, 1.5);
+    }
+
+    void aRescueThatCannotMoveKeepsTheStagingFileWhereItIs()
+    {
+        showContent(u"bars"_s);
+        PrivateSoundServer server(path(u"pulse-locked"_s));
+        QVERIFY(QDir().mkpath(path(u"pulse-locked"_s)) && server.start());
+        const QString folder = path(u"locked"_s);
+        QVERIFY(QDir().mkpath(folder));
+        // The folder is made read-only while the recording runs. Permission bits do not bind root, so
+        // as root the engine runs without the capabilities that override them.
+        QStringList wrapper;
+        if (::geteuid() == 0)
+            wrapper = { u"setpriv"_s, u"--bounding-set"_s, u"-dac_override,-dac_read_search,-fowner"_s };
+        RecordCheckProcess driver;
+        driver.start({ u"--region"_s, u"DUMMY0:0,0,800,600"_s, u"--seconds"_s, u"60"_s, u"--out"_s,
+                         folder + u"/film.mp4"_s },
+            wrapper, server.clientEnvironment());
+        QVERIFY(driver.waitForLine(u"status recording 00:02"_s));
+        const QFileDevice::Permissions writable = QFile::permissions(folder);
+        QVERIFY(
+            QFile::setPermissions(folder, writable & ~(QFileDevice::WriteOwner | QFileDevice::WriteUser)));
+        server.kill();
+        const bool ended = driver.waitForExit(30000);
+        QFile::setPermissions(folder, writable);
+        QVERIFY(ended);
+        QCOMPARE(driver.exitCode(), 1);
+        QCOMPARE(driver.statusTexts().count(u"stopping Kayıt sonlandırılıyor…"_s), 1);
+
+        // The message describes the failed move, then names the staging file, which is still there.
+        const QString message = driver.errorMessage();
+        const QString lead = u"\nGeçici kayıt burada korundu:\n"_s;
+        QVERIFY2(message.contains(lead), qPrintable(message));
+        QCOMPARE(message.section(lead, 0, 0), QString::fromLocal8Bit(std::strerror(EACCES)));
+        const QString staging = message.section(lead, 1);
+        QCOMPARE(QFileInfo(staging).absolutePath(), folder);
+        QVERIFY(RecordingFiles::isStagingName(QFileInfo(staging).fileName()));
+        QCOMPARE(vexetFiles(folder), QStringList({ QFileInfo(staging).fileName() }));
+        checkPlayable(staging, 1.5);
     }
 };
 
