@@ -17,7 +17,7 @@ QStringList GstSupport::missingElements()
     ensureInitialized();
     static const char* const needed[] = { "ximagesrc", "videoconvertscale", "x264enc", "h264parse", "mp4mux",
         "filesink", "pulsesrc", "audioconvert", "audioresample", "avenc_aac", "aacparse", "qtdemux",
-        "filesrc", "avdec_aac", "audiomixer", "queue", "capsfilter" };
+        "filesrc", "avdec_aac", "audiomixer", "audiobuffersplit", "queue", "capsfilter" };
     QStringList missing;
     for (const char* name : needed) {
         GstObjectPtr<GstElementFactory> factory(gst_element_factory_find(name));

@@ -16,13 +16,8 @@ constexpr double baseDeadlineSeconds = 120;
 // durations needs about 800 bytes a second, an AAC track about 300.
 constexpr guint reservedBytesPerSecond = 1200;
 constexpr double reservedMarginSeconds = 30;
-
-void setUnboundedQueue(GstElement* queue)
-{
-    // A track that starts late makes the others wait for it; they must not be held back by a limit.
-    g_object_set(
-        asGObject(queue), "max-size-buffers", 0u, "max-size-bytes", 0u, "max-size-time", guint64(0), nullptr);
-}
+// Audio travels between the threads of the mix in buffers of a tenth of a second.
+constexpr int audioBuffersPerSecond = 10;
 
 GstPad* sinkPad(GstElement* element)
 {
@@ -72,14 +67,10 @@ GstElement* MixPipeline::add(const char* factory)
 std::optional<Error> MixPipeline::build()
 {
     m_pipeline.reset(static_cast<GstElement*>(gst_object_ref_sink(gst_pipeline_new("finish"))));
-    GstElement* source = add("filesrc");
-    GstElement* demuxer = add("qtdemux");
     GstElement* muxer = add("mp4mux");
     GstElement* sink = add("filesink");
-    m_videoInput = add("queue");
-    if (!source || !demuxer || !muxer || !sink || !m_videoInput)
+    if (!muxer || !sink || !gst_element_link(muxer, sink))
         return videoError(RecordingTexts::exportUnavailable());
-    g_object_set(asGObject(source), "location", QFile::encodeName(m_input).constData(), nullptr);
     if (m_header == Header::Reserved) {
         const double seconds
             = (std::isfinite(m_durationSeconds) ? m_durationSeconds : 0) + reservedMarginSeconds;
@@ -90,96 +81,89 @@ std::optional<Error> MixPipeline::build()
             QFile::encodeName(m_workFile).constData(), nullptr);
     }
     g_object_set(asGObject(sink), "location", QFile::encodeName(m_output).constData(), nullptr);
-    setUnboundedQueue(m_videoInput);
-    GstPadPtr videoIn(gst_element_get_static_pad(m_videoInput, "sink"));
-    gst_pad_add_probe(videoIn.get(), GST_PAD_PROBE_TYPE_BUFFER, &MixPipeline::onVideoData, this, nullptr);
-    if (!gst_element_link(source, demuxer) || !gst_element_link(muxer, sink))
-        return videoError(RecordingTexts::exportUnavailable());
 
     GstPadPtr videoPad(gst_element_request_pad_simple(muxer, "video_%u"));
-    GstPadPtr queueOut(gst_element_get_static_pad(m_videoInput, "src"));
-    if (!videoPad || gst_pad_link(queueOut.get(), videoPad.get()) != GST_PAD_LINK_OK)
+    if (!videoPad)
         return videoError(RecordingTexts::videoMergeFailed());
+    gst_pad_add_probe(videoPad.get(), GST_PAD_PROBE_TYPE_BUFFER, &MixPipeline::onVideoData, this, nullptr);
+    if (!addReader("video_0", std::move(videoPad)))
+        return videoError(RecordingTexts::exportUnavailable());
     if (m_audioTracks > 0) {
         GstPadPtr audioPad(gst_element_request_pad_simple(muxer, "audio_%u"));
-        if (!audioPad || !buildAudio(audioPad.get()))
+        if (!audioPad || !buildAudio(std::move(audioPad)))
             return videoError(RecordingTexts::audioMergeFailed());
     }
-    g_signal_connect(demuxer, "pad-added", G_CALLBACK(&MixPipeline::onDemuxedPad), this);
     return std::nullopt;
 }
 
-bool MixPipeline::buildAudio(GstPad* muxerPad)
+bool MixPipeline::addReader(const QByteArray& track, GstPadPtr input)
 {
-    if (m_audioTracks == 1) {
-        GstElement* queue = add("queue");
-        if (!queue)
-            return false;
-        setUnboundedQueue(queue);
-        m_audioInputs.append(queue);
-        GstPadPtr out(gst_element_get_static_pad(queue, "src"));
-        return gst_pad_link(out.get(), muxerPad) == GST_PAD_LINK_OK;
-    }
+    GstElement* source = add("filesrc");
+    GstElement* demuxer = add("qtdemux");
+    if (!source || !demuxer || !gst_element_link(source, demuxer))
+        return false;
+    g_object_set(asGObject(source), "location", QFile::encodeName(m_input).constData(), nullptr);
+    m_routes.push_back({ this, track, std::move(input) });
+    g_signal_connect(demuxer, "pad-added", G_CALLBACK(&MixPipeline::onDemuxedPad), &m_routes.back());
+    return true;
+}
+
+bool MixPipeline::buildAudio(GstPadPtr muxerPad)
+{
+    if (m_audioTracks == 1)
+        return addReader("audio_0", std::move(muxerPad));
     GstElement* mixer = add("audiomixer");
     GstElement* mixed = add("queue"); // mixing and encoding each get a thread
     GstElement* convert = add("audioconvert");
     GstElement* encoder = add("avenc_aac");
-    if (!mixer || !mixed || !convert || !encoder)
+    GstElement* encoded = add("queue");
+    if (!mixer || !mixed || !convert || !encoder || !encoded)
         return false;
+    // Fewer, longer buffers than the decoder's: every buffer costs a hand-over between threads.
+    g_object_set(asGObject(mixer), "output-buffer-duration",
+        static_cast<guint64>(GST_SECOND / audioBuffersPerSecond), nullptr);
     // The same encoder settings as the recording's own tracks.
     g_object_set(asGObject(encoder), "bitrate", 128000, nullptr);
     gst_util_set_object_arg(asGObject(encoder), "aac-coder", "fast");
-    GstPadPtr encoded(gst_element_get_static_pad(encoder, "src"));
-    if (!gst_element_link_many(mixer, mixed, convert, encoder, nullptr)
-        || gst_pad_link(encoded.get(), muxerPad) != GST_PAD_LINK_OK)
+    GstPadPtr out(gst_element_get_static_pad(encoded, "src"));
+    if (!gst_element_link_many(mixer, mixed, convert, encoder, encoded, nullptr)
+        || gst_pad_link(out.get(), muxerPad.get()) != GST_PAD_LINK_OK)
         return false;
     for (int i = 0; i < m_audioTracks; ++i) {
-        GstElement* queue = add("queue");
-        GstElement* decoder = add("decodebin");
+        // Decoded on its reader's thread, which then waits in the mixer for the other tracks.
+        GstElement* decoder = add("avdec_aac");
         GstElement* trackConvert = add("audioconvert");
         GstElement* resample = add("audioresample");
-        if (!queue || !decoder || !trackConvert || !resample)
+        GstElement* gather = add("audiobuffersplit");
+        if (!decoder || !trackConvert || !resample || !gather)
             return false;
-        setUnboundedQueue(queue);
+        g_object_set(asGObject(gather), "output-buffer-duration", 1, audioBuffersPerSecond, nullptr);
         GstPadPtr mixerPad(gst_element_request_pad_simple(mixer, "sink_%u"));
-        GstPadPtr resampled(gst_element_get_static_pad(resample, "src"));
-        if (!mixerPad || !gst_element_link(queue, decoder) || !gst_element_link(trackConvert, resample)
-            || gst_pad_link(resampled.get(), mixerPad.get()) != GST_PAD_LINK_OK)
+        GstPadPtr resampled(gst_element_get_static_pad(gather, "src"));
+        if (!mixerPad || !gst_element_link_many(decoder, trackConvert, resample, gather, nullptr)
+            || gst_pad_link(resampled.get(), mixerPad.get()) != GST_PAD_LINK_OK
+            || !addReader("audio_" + QByteArray::number(i), GstPadPtr(sinkPad(decoder))))
             return false;
         // Each source at 1/N, so that the sum cannot clip.
         g_object_set(asGObject(mixerPad.get()), "volume", 1.0 / m_audioTracks, nullptr);
-        g_signal_connect(decoder, "pad-added", G_CALLBACK(&MixPipeline::onDecodedPad), trackConvert);
-        m_audioInputs.append(queue);
     }
     return true;
 }
 
-void MixPipeline::onDemuxedPad(GstElement*, GstPad* pad, gpointer self)
+void MixPipeline::onDemuxedPad(GstElement*, GstPad* pad, gpointer data)
 {
-    static_cast<MixPipeline*>(self)->routeDemuxedPad(pad);
-}
-
-void MixPipeline::routeDemuxedPad(GstPad* pad)
-{
-    // Runs on the demuxer's thread while the graph is running; the target elements already exist.
+    // Runs on the demuxer's thread while the graph is running; the target pads already exist.
+    const Route& route = *static_cast<Route*>(data);
     GCharPtr name(gst_pad_get_name(pad));
-    const QString padName = QString::fromUtf8(name.get());
-    GstElement* target = nullptr;
-    if (padName.startsWith(u"video_"_s) && m_videoPads++ == 0) {
-        target = m_videoInput;
-    } else if (padName.startsWith(u"audio_"_s)) {
-        bool ok = false;
-        const int index = padName.mid(6).toInt(&ok);
-        if (ok && index >= 0 && index < m_audioInputs.size())
-            target = m_audioInputs.at(index);
+    if (route.track == name.get()) {
+        gst_pad_link(pad, route.input.get());
+        return;
     }
-    if (!target) {
-        // A second video track, subtitles, data: not part of the result.
-        target = add("fakesink");
-        g_object_set(asGObject(target), "sync", FALSE, "async", FALSE, nullptr);
-        gst_element_sync_state_with_parent(target);
-    }
-    GstPadPtr input(sinkPad(target));
+    // Another reader's track, a second video track, subtitles, data: not read here.
+    GstElement* drop = route.pipeline->add("fakesink");
+    g_object_set(asGObject(drop), "sync", FALSE, "async", FALSE, nullptr);
+    gst_element_sync_state_with_parent(drop);
+    GstPadPtr input(sinkPad(drop));
     gst_pad_link(pad, input.get());
 }
 
@@ -187,13 +171,6 @@ GstPadProbeReturn MixPipeline::onVideoData(GstPad*, GstPadProbeInfo*, gpointer s
 {
     ++static_cast<MixPipeline*>(self)->m_videoPictures;
     return GST_PAD_PROBE_OK;
-}
-
-void MixPipeline::onDecodedPad(GstElement*, GstPad* pad, gpointer target)
-{
-    GstPadPtr input(sinkPad(static_cast<GstElement*>(target)));
-    if (!gst_pad_is_linked(input.get()))
-        gst_pad_link(pad, input.get());
 }
 
 std::optional<Error> MixPipeline::wait()

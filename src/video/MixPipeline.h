@@ -3,19 +3,23 @@
 #include "Error.h"
 #include "GstPointers.h"
 
-#include <QList>
+#include <QByteArray>
 #include <QString>
 #include <atomic>
+#include <deque>
 #include <optional>
 
 // The GStreamer graph of the finishing step, run to its end on the calling thread:
 //
-//   filesrc → qtdemux ─ video_0 → queue ─────────────────────────────────────────→ mp4mux (faststart) →
-//   filesink
-//                     ├ audio_k → queue → decodebin → audioconvert → audioresample → audiomixer (1/N) → AAC ↗
-//                     └ anything else → fakesink
+//   filesrc → qtdemux ─ video_0 ───────────────────────────────────────────────────→ mp4mux → filesink
+//   filesrc → qtdemux ─ audio_k → avdec_aac → audioconvert → audioresample → gather ─┐      ↑
+//   (a reader for each audio track)     audiomixer (1/N) → queue → AAC → queue ─────┴──────┘
 //
-// With one audio track the track goes straight to the muxer; with none there is no audio branch.
+// Every kept track has a reader of its own, which passes the other tracks to a fakesink and waits
+// only for its own: nothing piles up in memory however long the recording, and a track that starts
+// late holds nothing back. The queues give mixing, encoding and muxing a thread each, and the decoded
+// audio is gathered into tenths of a second, so that the encoder, the slowest part, never waits. With
+// one audio track the track goes straight to the muxer; with none there is no audio branch.
 class MixPipeline {
 public:
     // Where the header goes. Either way it ends up in front of the media data.
@@ -34,15 +38,21 @@ public:
     std::optional<Error> run();
 
 private:
+    // One reader's demuxer hands its track named `track` to `target`; other tracks are dropped.
+    struct Route {
+        MixPipeline* pipeline;
+        QByteArray track;
+        GstPadPtr input; // where the track goes
+    };
+
     std::optional<Error> build();
     GstElement* add(const char* factory);
-    bool buildAudio(GstPad* muxerPad);
+    bool addReader(const QByteArray& track, GstPadPtr input);
+    bool buildAudio(GstPadPtr muxerPad);
     std::optional<Error> wait();
     void removeOutputs() const;
-    static void onDemuxedPad(GstElement* demuxer, GstPad* pad, gpointer self);
-    static void onDecodedPad(GstElement* decoder, GstPad* pad, gpointer target);
+    static void onDemuxedPad(GstElement* demuxer, GstPad* pad, gpointer route);
     static GstPadProbeReturn onVideoData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
-    void routeDemuxedPad(GstPad* pad);
 
     QString m_input;
     QString m_output;
@@ -51,8 +61,6 @@ private:
     double m_durationSeconds;
     Header m_header;
     GstElementPtr m_pipeline;
-    GstElement* m_videoInput = nullptr; // not owned: elements belong to the pipeline
-    QList<GstElement*> m_audioInputs;
-    int m_videoPads = 0;
+    std::deque<Route> m_routes; // a deque: the demuxers hold pointers to its elements
     std::atomic<int> m_videoPictures { 0 };
 };
