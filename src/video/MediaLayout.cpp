@@ -3,6 +3,7 @@
 #include "GstPointers.h"
 #include "GstSupport.h"
 
+#include <QFileInfo>
 #include <QUrl>
 #include <cmath>
 #include <gst/pbutils/pbutils.h>
@@ -33,7 +34,8 @@ Result<MediaLayout> MediaLayout::inspect(const QString& path)
     GErrorPtr error(raw);
     if (!discoverer)
         return GstSupport::fromGError(error.get());
-    const QByteArray uri = QUrl::fromLocalFile(path).toEncoded();
+    // A URI names a file only by its whole path.
+    const QByteArray uri = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
     GstObjectPtr<GstDiscovererInfo> info(
         gst_discoverer_discover_uri(discoverer.get(), uri.constData(), &raw));
     error.reset(raw);

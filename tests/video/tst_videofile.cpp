@@ -6,6 +6,7 @@
 #include "Tones.h"
 #include "VideoFile.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
@@ -230,6 +231,18 @@ private Q_SLOTS:
         QVERIFY(!out.error().localizedDescription().isEmpty());
         QVERIFY2(mixFiles().isEmpty(), qPrintable(mixFiles().join(u", "_s)));
         QCOMPARE(TestMedia::digest(in), before);
+    }
+
+    void aRelativePathNamesAFileInTheWorkingFolder()
+    {
+        const QString in = input(u"relative.mp4"_s, 2, { { 440, 0.5, 0, 2 }, { 1000, 0.5, 0, 2 } });
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        const Result<QString> out = VideoFile::finishAudio(u"relative.mp4"_s);
+        QDir::setCurrent(previous);
+        QVERIFY2(out.ok(), qPrintable(out.ok() ? QString() : out.error().localizedDescription()));
+        checkRegularBeside(in, out.value());
+        QCOMPARE(MediaReader::packets(out.value()).audio().size(), 1);
     }
 
     void aMissingFileIsAnError()
