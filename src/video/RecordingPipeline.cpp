@@ -1,5 +1,7 @@
 #include "RecordingPipeline.h"
 
+#include "H264Level.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -7,8 +9,6 @@ namespace {
 // Raw video waits only briefly: the encoder copies frames into its own look-ahead at once.
 const auto rawVideoQueue = u"queue max-size-buffers=8 max-size-bytes=0 max-size-time=0"_s;
 // Ten seconds: far more than the encoder's delay, so that audio waiting for video never blocks.
-// The encoder keeps a constant quality (CRF 23, what x264 itself defaults to). Its bitrate is set to
-// the highest value only because x264enc would otherwise cap constant quality at its default 2 Mbit/s.
 const auto deepQueue = u"queue max-size-buffers=0 max-size-bytes=0 max-size-time=10000000000"_s;
 
 QString videoBranch(const CaptureRequest& request)
@@ -25,15 +25,20 @@ QString videoBranch(const CaptureRequest& request)
                       .arg(area.top() + area.height() - 1);
     }
     const int fps = request.options.fps;
+    // The encoder keeps a constant quality (CRF 23, what x264 itself defaults to). x264enc always bounds
+    // constant quality by its bitrate property (2 Mbit/s unless set): that bound is lifted to the highest
+    // value, and the level asked of the encoder, which fits the picture size and rate, then sets the real
+    // bound and is written into the file, so that players know they can play it.
     return source + u" ! video/x-raw,framerate=%1/1 ! "_s.arg(fps) + rawVideoQueue
         + u" ! videoconvertscale add-borders=true"
           u" ! video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1"
           u" ! x264enc speed-preset=%3 pass=qual quantizer=23 bitrate=2048000 key-int-max=%4 bframes=0 "
           u"aud=false"
-          u" ! h264parse ! "_s.arg(request.frameSize.width)
+          u" ! video/x-h264,level=(string)%5 ! h264parse ! "_s.arg(request.frameSize.width)
               .arg(request.frameSize.height)
               .arg(request.speedPreset)
               .arg(2 * fps)
+              .arg(H264Level::forFrames(request.frameSize.width, request.frameSize.height, fps))
         + deepQueue + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
 }
 

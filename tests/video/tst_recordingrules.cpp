@@ -1,6 +1,7 @@
 #include "CapturePlan.h"
 #include "ElapsedTime.h"
 #include "FragmentedMp4.h"
+#include "H264Level.h"
 #include "RecorderState.h"
 #include "RecordingCancellation.h"
 #include "RecordingFileOps.h"
@@ -64,6 +65,37 @@ class TestRecordingRules : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void h264Level_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("height");
+        QTest::addColumn<int>("fps");
+        QTest::addColumn<QString>("level");
+        QTest::newRow("a small region still gets level 3") << 16 << 16 << 30 << u"3"_s;
+        QTest::newRow("720 × 480 at 30 fits level 3 exactly") << 720 << 480 << 30 << u"3"_s;
+        QTest::newRow("720 × 576 at 30 is one step more") << 720 << 576 << 30 << u"3.1"_s;
+        QTest::newRow("800 × 600") << 800 << 600 << 30 << u"3.1"_s;
+        QTest::newRow("1280 × 1024") << 1280 << 1024 << 30 << u"3.2"_s;
+        QTest::newRow("1080p at 30") << 1920 << 1080 << 30 << u"4"_s;
+        QTest::newRow("1080p at 60") << 1920 << 1080 << 60 << u"4.2"_s;
+        QTest::newRow("1662 × 1080 at 60") << 1662 << 1080 << 60 << u"4.2"_s;
+        QTest::newRow("portrait 1080 × 1920 at 30") << 1080 << 1920 << 30 << u"4"_s;
+        QTest::newRow("4K at 30") << 3840 << 2160 << 30 << u"5.1"_s;
+        QTest::newRow("4K at 60") << 3840 << 2160 << 60 << u"5.2"_s;
+        QTest::newRow("4096 × 2304 at 30") << 4096 << 2304 << 30 << u"5.2"_s;
+        QTest::newRow("4096 × 2304 at 60") << 4096 << 2304 << 60 << u"6"_s;
+        // 2 × 2048 is only 128 macroblocks, but its long side is too long for level 3.
+        QTest::newRow("a thin strip") << 2 << 2048 << 30 << u"3.1"_s;
+    }
+    void h264Level()
+    {
+        QFETCH(int, width);
+        QFETCH(int, height);
+        QFETCH(int, fps);
+        QFETCH(QString, level);
+        QCOMPARE(H264Level::forFrames(width, height, fps), level);
+    }
+
     void elapsedText_data()
     {
         QTest::addColumn<qint64>("seconds");

@@ -1,3 +1,4 @@
+#include "H264Level.h"
 #include "MediaReader.h"
 #include "MovingPicture.h"
 #include "Pulse.h"
@@ -55,6 +56,9 @@ class TestVideoRecorder : public QObject {
         QCOMPARE(packets.video().size(), 1);
         QVERIFY(packets.video().first().isH264());
         QCOMPARE(QSize(packets.video().first().width, packets.video().first().height), size);
+        const QString level
+            = u"level=(string)%1,"_s.arg(H264Level::forFrames(size.width(), size.height(), fps));
+        QVERIFY2(packets.video().first().caps.contains(level), qPrintable(packets.video().first().caps));
         QCOMPARE(packets.audio().size(), 1);
         QVERIFY(packets.audio().first().isAac());
         QCOMPARE(packets.audio().first().rate, 48000);
