@@ -8,11 +8,16 @@
 # (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264 and FFmpeg's AAC, with the
 # engine's settings: the same preset, CRF 23, no B-frames, key-frame interval, AAC coder and bitrate,
 # size and rate), and prints for each: frames written ÷ frames expected, CPU
-# seconds per recorded second, bytes per second, and the ratios ours ÷ ffmpeg. Then it makes a
-# 10-minute recording with two audio tracks and times the finishing step on it.
+# seconds per recorded second, bytes per second, and the ratios ours ÷ ffmpeg, each the median of
+# ROUNDS rounds (every round's figures go to standard error). Then it makes a 10-minute recording
+# with two audio tracks and times the finishing step on it.
 #
-# Environment: PRESETS (default "superfast"): the x264 speed presets to compare; FINISH=0 skips the
-# finishing step. Needs ffmpeg (apt-get install ffmpeg) and gstreamer1.0-tools.
+# One difference stays: x264enc always holds constant quality under a bit-rate bound (here the H.264
+# level's), ffmpeg's libx264 under none, and on identical pictures that alone makes x264 spend about a
+# fifth more bits; the bytes-per-second ratio shows it.
+#
+# Environment: PRESETS (default "superfast"): the x264 speed presets to compare; ROUNDS (default 3);
+# FINISH=0 skips the finishing step. Needs ffmpeg (apt-get install ffmpeg) and gstreamer1.0-tools.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -30,6 +35,7 @@ fi
 build=$2
 seconds=$3
 presets=${PRESETS:-superfast}
+rounds=${ROUNDS:-3}
 work=$(mktemp -d "${TMPDIR:-/tmp}/vexet-record-speed.XXXXXX")
 ticks=$(getconf CLK_TCK)
 pids=()
@@ -90,15 +96,31 @@ theirs() {
         'BEGIN { printf "%.4f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, bytes / dur }'
 }
 
+# The median of some numbers.
+median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+
 printf '%-10s %4s %-8s %12s %12s %12s\n' preset fps who frames/exp cpu-s/s bytes/s
 for preset in $presets; do
     for fps in 30 60; do
-        read -r of oc ob < <(ours "$fps" "$preset")
-        read -r tf tc tb < <(theirs "$fps" "$preset")
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" vexet "$of" "$oc" "$ob"
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ffmpeg "$tf" "$tc" "$tb"
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ratio "$(ratio "$of" "$tf")" \
-            "$(ratio "$oc" "$tc")" "$(ratio "$ob" "$tb")"
+        of=() oc=() ob=() tf=() tc=() tb=()
+        for ((round = 0; round < rounds; round++)); do
+            # Each round in the other order, so that a drift of the machine falls on both alike.
+            if ((round % 2 == 0)); then
+                read -r a b c < <(ours "$fps" "$preset")
+                read -r d e f < <(theirs "$fps" "$preset")
+            else
+                read -r d e f < <(theirs "$fps" "$preset")
+                read -r a b c < <(ours "$fps" "$preset")
+            fi
+            of+=("$a") oc+=("$b") ob+=("$c") tf+=("$d") tc+=("$e") tb+=("$f")
+            echo "  round $((round + 1)) at $fps fps: vexet $a $b $c, ffmpeg $d $e $f" >&2
+        done
+        mof=$(median "${of[@]}") moc=$(median "${oc[@]}") mob=$(median "${ob[@]}")
+        mtf=$(median "${tf[@]}") mtc=$(median "${tc[@]}") mtb=$(median "${tb[@]}")
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" vexet "$mof" "$moc" "$mob"
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ffmpeg "$mtf" "$mtc" "$mtb"
+        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ratio "$(ratio "$mof" "$mtf")" \
+            "$(ratio "$moc" "$mtc")" "$(ratio "$mob" "$mtb")"
     done
 done
 
