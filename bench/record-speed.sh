@@ -7,8 +7,9 @@
 # records SECONDS at 30 and at 60 frames per second with system audio, once with Vexet's engine
 # (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264 and FFmpeg's AAC, with the
 # engine's settings: the same preset, CRF 23, no B-frames, key-frame interval, AAC coder and bitrate,
-# size and rate), and prints for each: frames written ÷ frames expected, CPU
-# seconds per recorded second, bytes per second, and the ratios ours ÷ ffmpeg, each the median of
+# size and rate), and prints for each: frames written ÷ frames expected, CPU seconds per recorded
+# second while recording and for the whole run (for Vexet with its countdown and finishing step; for
+# ffmpeg the two are the same), bytes per second, and the ratios ours ÷ ffmpeg, each the median of
 # ROUNDS rounds (every round's figures go to standard error). Then it makes a 10-minute recording
 # with two audio tracks and times the finishing step on it.
 #
@@ -60,9 +61,11 @@ gst-launch-1.0 -q audiotestsrc is-live=true freq=440 volume=0.3 ! pulsesink devi
 pids+=($!)
 sleep 2
 
-# Prints "frames_ratio cpu_per_second bytes_per_second" for one recording with the engine.
+# Prints "frames_ratio cpu_per_second whole_cpu_per_second bytes_per_second" for one recording with
+# the engine: the CPU time while it records, and that of the whole run with the countdown and the
+# finishing step, each per recorded second.
 ours() {
-    local fps=$1 preset=$2 out=$work/ours-$1-$2.mp4 log=$work/ours.log pid line cpu0 cpu1 recorded
+    local fps=$1 preset=$2 out=$work/ours-$1-$2.mp4 log=$work/ours.log pid cpu0 cpu1 whole now recorded
     "$build/tools/record-check/vexet-record-check" --display DUMMY0 --fps "$fps" --seconds "$seconds" \
         --preset "$preset" --out "$out" >"$log" &
     pid=$!
@@ -70,11 +73,16 @@ ours() {
     cpu0=$(cpu_ticks "$pid")
     until grep -q ' recorded ' "$log"; do sleep 0.02; done
     cpu1=$(cpu_ticks "$pid")
+    whole=$cpu1
+    while now=$(cpu_ticks "$pid" 2>/dev/null); do
+        whole=$now
+        sleep 0.1
+    done
     wait "$pid" || { echo "the engine failed:" >&2; cat "$log" >&2; exit 1; }
     recorded=$(awk '/ recorded /{ print $3 }' "$log")
     awk -v frames="$(video_frames "$out")" -v fps="$fps" -v rec="$recorded" -v cpu=$((cpu1 - cpu0)) \
-        -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" -v dur="$(duration "$out")" \
-        'BEGIN { printf "%.4f %.3f %.0f\n", frames / (fps * rec), cpu / ticks / rec, bytes / dur }'
+        -v whole="$whole" -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" -v dur="$(duration "$out")" \
+        'BEGIN { printf "%.4f %.3f %.3f %.0f\n", frames / (fps * rec), cpu / ticks / rec, whole / ticks / rec, bytes / dur }'
 }
 
 theirs() {
@@ -93,34 +101,35 @@ theirs() {
     # ffmpeg records exactly the time asked for (-t): that is what its frames are counted against.
     awk -v frames="$(video_frames "$out")" -v fps="$fps" -v dur="$seconds" -v cpu="$cpu" \
         -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" \
-        'BEGIN { printf "%.4f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, bytes / dur }'
+        'BEGIN { printf "%.4f %.3f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, cpu / ticks / dur, bytes / dur }'
 }
 
 # The median of some numbers.
 median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
-printf '%-10s %4s %-8s %12s %12s %12s\n' preset fps who frames/exp cpu-s/s bytes/s
+row() { printf '%-10s %4s %-8s %11s %11s %11s %11s\n' "$@"; }
+row preset fps who frames/exp cpu-s/s whole-cpu bytes/s
 for preset in $presets; do
     for fps in 30 60; do
-        of=() oc=() ob=() tf=() tc=() tb=()
+        of=() oc=() ow=() ob=() tf=() tc=() tw=() tb=()
         for ((round = 0; round < rounds; round++)); do
             # Each round in the other order, so that a drift of the machine falls on both alike.
             if ((round % 2 == 0)); then
-                read -r a b c < <(ours "$fps" "$preset")
-                read -r d e f < <(theirs "$fps" "$preset")
+                read -r a b c d < <(ours "$fps" "$preset")
+                read -r e f g h < <(theirs "$fps" "$preset")
             else
-                read -r d e f < <(theirs "$fps" "$preset")
-                read -r a b c < <(ours "$fps" "$preset")
+                read -r e f g h < <(theirs "$fps" "$preset")
+                read -r a b c d < <(ours "$fps" "$preset")
             fi
-            of+=("$a") oc+=("$b") ob+=("$c") tf+=("$d") tc+=("$e") tb+=("$f")
-            echo "  round $((round + 1)) at $fps fps: vexet $a $b $c, ffmpeg $d $e $f" >&2
+            of+=("$a") oc+=("$b") ow+=("$c") ob+=("$d") tf+=("$e") tc+=("$f") tw+=("$g") tb+=("$h")
+            echo "  round $((round + 1)) at $fps fps: vexet $a $b $c $d, ffmpeg $e $f $g $h" >&2
         done
-        mof=$(median "${of[@]}") moc=$(median "${oc[@]}") mob=$(median "${ob[@]}")
-        mtf=$(median "${tf[@]}") mtc=$(median "${tc[@]}") mtb=$(median "${tb[@]}")
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" vexet "$mof" "$moc" "$mob"
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ffmpeg "$mtf" "$mtc" "$mtb"
-        printf '%-10s %4s %-8s %12s %12s %12s\n' "$preset" "$fps" ratio "$(ratio "$mof" "$mtf")" \
-            "$(ratio "$moc" "$mtc")" "$(ratio "$mob" "$mtb")"
+        o=("$(median "${of[@]}")" "$(median "${oc[@]}")" "$(median "${ow[@]}")" "$(median "${ob[@]}")")
+        t=("$(median "${tf[@]}")" "$(median "${tc[@]}")" "$(median "${tw[@]}")" "$(median "${tb[@]}")")
+        row "$preset" "$fps" vexet "${o[@]}"
+        row "$preset" "$fps" ffmpeg "${t[@]}"
+        row "$preset" "$fps" ratio "$(ratio "${o[0]}" "${t[0]}")" "$(ratio "${o[1]}" "${t[1]}")" \
+            "$(ratio "${o[2]}" "${t[2]}")" "$(ratio "${o[3]}" "${t[3]}")"
     done
 done
 
