@@ -8,7 +8,7 @@
 // server go away while the virtual desktop's own stays up.
 class PrivateSoundServer {
 public:
-    // Keeps its socket, state and runtime files in the folder, which must exist.
+    // Keeps its socket, state and runtime files in the folder, made when missing.
     explicit PrivateSoundServer(const QString& folder);
     ~PrivateSoundServer();
 
