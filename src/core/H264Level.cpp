@@ -2,8 +2,6 @@
 
 #include <iterator>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 struct Level {
@@ -12,13 +10,13 @@ struct Level {
     qint64 macroblocksPerFrame;
 };
 
-// The limits of the H.264 standard's level table, from level 3 up.
+// The limits of the H.264 standard's level table, from level 3 up. Level 4.1 is left out: it differs
+// from level 4 only in bit rate, so it is never the lowest level that fits.
 constexpr Level levels[] = {
     { u"3", 40500, 1620 },
     { u"3.1", 108000, 3600 },
     { u"3.2", 216000, 5120 },
     { u"4", 245760, 8192 },
-    { u"4.1", 245760, 8192 },
     { u"4.2", 522240, 8704 },
     { u"5", 589824, 22080 },
     { u"5.1", 983040, 36864 },

@@ -38,7 +38,7 @@ public:
     std::optional<Error> run();
 
 private:
-    // One reader's demuxer hands its track named `track` to `target`; other tracks are dropped.
+    // One reader's demuxer hands its track named `track` to the pad `input`; other tracks are dropped.
     struct Route {
         MixPipeline* pipeline;
         QByteArray track;
