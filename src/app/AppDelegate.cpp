@@ -263,6 +263,21 @@ bool AppDelegate::applicationShouldHandleReopen()
     return true;
 }
 
+void AppDelegate::runCommand(const AppCommand& command)
+{
+    switch (command.kind()) {
+    case AppCommand::Kind::reopen:
+        applicationShouldHandleReopen();
+        return;
+    case AppCommand::Kind::capture:
+        capture(command.mode());
+        return;
+    case AppCommand::Kind::settings:
+        openSettings();
+        return;
+    }
+}
+
 void AppDelegate::openAbout()
 {
     showAbout(false);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AboutController.h"
+#include "AppCommand.h"
 #include "CaptureMode.h"
 #include "CaptureServiceInterface.h"
 #include "EditorController.h"
@@ -49,6 +50,8 @@ public:
     void openSettings();
     // Another start of the program: the settings window opens when none of ours is visible.
     bool applicationShouldHandleReopen();
+    // A command from the command line, this start's or a later one's, run as the menu runs it.
+    void runCommand(const AppCommand& command);
     void openAbout();
     void showAbout(bool firstLaunch);
     // Every quit request (menu, Ctrl+Q, signals, session) ends here.

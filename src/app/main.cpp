@@ -3,8 +3,8 @@
 #include "DBusFileReveal.h"
 #include "GstSupport.h"
 #include "HotKeys.h"
+#include "Launch.h"
 #include "Preferences.h"
-#include "SingleInstance.h"
 #include "UnixSignals.h"
 #include "VideoController.h"
 #include "VideoRecorder.h"
@@ -17,25 +17,25 @@
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
-#include <QTimer>
 #include <QTranslator>
 
 using namespace Qt::StringLiterals;
 
 int main(int argc, char* argv[])
 {
-    QApplication app(argc, argv);
+    // The command line comes first: --help and --version need no display, and a command for the
+    // Vexet already running is handed to it without starting a second one.
+    Launch launch(argc, argv);
+    if (const std::optional<int> status = launch.handOver())
+        return *status;
+
+    int qtArgc = 1; // Qt's own options are not taken (CommandLine.h)
+    QApplication app(qtArgc, argv);
     QApplication::setOrganizationName(u"Vexet"_s);
     QApplication::setApplicationName(u"Vexet"_s);
-    QApplication::setApplicationVersion(u"1.2"_s);
+    QApplication::setApplicationVersion(QStringLiteral(VEXET_VERSION));
     QApplication::setDesktopFileName(u"vexet"_s);
     QApplication::setWindowIcon(QIcon(u":/icons/AppIcon.svg"_s));
-
-    // A second start only asks the running program to show itself.
-    SingleInstance instance;
-    if (instance.askRunningInstanceToReopen())
-        return 0;
-    instance.listen();
 
     // Every text of the program is Turkish, so Qt's own dialog texts are too.
     const QLocale turkish(QLocale::Turkish, QLocale::Turkey);
@@ -66,11 +66,9 @@ int main(int argc, char* argv[])
     };
 
     AppDelegate delegate(preferences, std::move(services));
-    QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate,
-        [&delegate] { delegate.applicationShouldHandleReopen(); });
     UnixSignals signalWatcher;
     QObject::connect(&signalWatcher, &UnixSignals::terminationRequested, &delegate, &AppDelegate::quit);
 
-    QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
+    launch.start(delegate);
     return QApplication::exec();
 }

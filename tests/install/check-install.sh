@@ -21,6 +21,25 @@ check "the desktop file exists" "[[ -f '$desktop' ]]"
 check "the desktop file starts vexet" "grep -qx 'Exec=vexet' '$desktop'"
 check "the desktop file names its icon" "grep -qx 'Icon=vexet' '$desktop'"
 check "the desktop file is a Utility" "grep -qx 'Categories=Utility;' '$desktop'"
+# The four capture commands as desktop actions, named as the program's own menu names them (its
+# --help lists the same titles and needs no display).
+program=$root$prefix/bin/vexet
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+check "the program tells its version without a display" \
+    "[[ \$(env -u DISPLAY -u WAYLAND_DISPLAY '$program' --version) == 'Vexet $version' ]]"
+help=$(env -u DISPLAY -u WAYLAND_DISPLAY "$program" --help)
+action() { # the lines of one [Desktop Action NAME] group
+    awk -v group="[Desktop Action $1]" '$0 == group { inside = 1; next } /^\[/ { inside = 0 } inside' "$desktop"
+}
+check "the desktop file lists the capture actions" \
+    "grep -qx 'Actions=capture-region;capture-window;capture-screen;capture-video;' '$desktop'"
+for mode in region window screen video; do
+    title=$(sed -n "s/^  --capture $mode  *//p" <<<"$help")
+    check "the $mode action is named '$title' as in the menu" \
+        "[[ -n '$title' ]] && action capture-$mode | grep -qxF 'Name=$title'"
+    check "the $mode action runs vexet --capture $mode" \
+        "action capture-$mode | grep -qx 'Exec=vexet --capture $mode'"
+done
 check "starting with the session is not installed by default" "[[ ! -e '$root$sysconf/xdg/autostart/vexet.desktop' ]]"
 
 DESTDIR=$root cmake --install "$build" --component autostart >/dev/null
