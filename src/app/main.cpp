@@ -4,14 +4,11 @@
 #include "GstSupport.h"
 #include "HotKeys.h"
 #include "Launch.h"
+#include "Platform.h"
 #include "Preferences.h"
 #include "UnixSignals.h"
 #include "VideoController.h"
 #include "VideoRecorder.h"
-#include "X11GlobalKeys.h"
-#include "X11RecordingDesktop.h"
-#include "X11ScreenCapturePermission.h"
-#include "X11VideoSources.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -30,6 +27,7 @@ int main(int argc, char* argv[])
         return *status;
 
     int qtArgc = 1; // Qt's own options are not taken (CommandLine.h)
+    Platform::prepare();
     QApplication app(qtArgc, argv);
     QApplication::setOrganizationName(u"Vexet"_s);
     QApplication::setApplicationName(u"Vexet"_s);
@@ -45,25 +43,21 @@ int main(int argc, char* argv[])
         QApplication::installTranslator(&qtTexts);
 
     Preferences& preferences = Preferences::shared();
-    X11ScreenCapturePermission permission;
-    std::unique_ptr<X11GlobalKeys> globalKeys;
+    const Platform platform(app);
     AppDelegate::Services services;
-    services.captureService = std::make_unique<CaptureService>(permission);
-    if (auto* x11 = app.nativeInterface<QNativeInterface::QX11Application>()) {
-        xcb_connection_t* connection = x11->connection();
-        globalKeys = std::make_unique<X11GlobalKeys>(
-            connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
+    services.captureService = std::make_unique<CaptureService>(platform.permission(), platform.pointer());
+    if (GlobalKeys* globalKeys = platform.globalKeys())
         services.hotKeys = std::make_unique<HotKeys>(*globalKeys, preferences);
-    }
 
-    X11RecordingDesktop recordingDesktop;
-    X11VideoSources videoSources;
     DBusFileReveal fileReveal;
     services.missingVideoRequirements = [] { return GstSupport::missingElements(); };
-    services.makeVideoController = [&]() -> std::unique_ptr<VideoSideInterface> {
-        return std::make_unique<VideoController>(std::make_unique<VideoRecorder>(recordingDesktop),
-            videoSources, fileReveal, preferences.defaults());
-    };
+    if (platform.recordingDesktop() && platform.videoSources()) {
+        services.makeVideoController = [&]() -> std::unique_ptr<VideoSideInterface> {
+            return std::make_unique<VideoController>(
+                std::make_unique<VideoRecorder>(*platform.recordingDesktop()), *platform.videoSources(),
+                fileReveal, preferences.defaults());
+        };
+    }
 
     AppDelegate delegate(preferences, std::move(services));
     UnixSignals signalWatcher;

@@ -2,14 +2,13 @@
 
 #include "Alert.h"
 #include "Beeper.h"
+#include "CaptureToolProtocol.h"
+#include "PointerScreen.h"
 #include "ScreenCapturePermission.h"
 
 #include <QCoreApplication>
-#include <QCursor>
 #include <QDir>
-#include <QGuiApplication>
 #include <QImageReader>
-#include <QScreen>
 #include <QThreadPool>
 #include <QTimer>
 #include <QUuid>
@@ -25,9 +24,11 @@ const QString fileName = u"capture.png"_s;
 
 } // namespace
 
-CaptureService::CaptureService(ScreenCapturePermission& permission, QString toolPath, QObject* parent)
+CaptureService::CaptureService(
+    ScreenCapturePermission& permission, const PointerScreen& pointer, QString toolPath, QObject* parent)
     : QObject(parent)
     , m_permission(permission)
+    , m_pointer(pointer)
     , m_toolPath(std::move(toolPath))
 {
 }
@@ -54,35 +55,11 @@ Error CaptureService::noImageError(int exitStatus)
         u"Ekran resmi alınamadı. Ekran kaydı iznini kontrol et ve Vexet’i yeniden aç."_s);
 }
 
-QStringList CaptureService::arguments(CaptureMode mode, int displayNumber, const QString& outputPath)
+QString CaptureService::permissionText()
 {
-    QStringList result { u"-x"_s, u"-t"_s, u"png"_s };
-    switch (mode) {
-    case CaptureMode::region:
-        result << u"-i"_s << u"-s"_s;
-        break;
-    case CaptureMode::window:
-        result << u"-i"_s << u"-w"_s << u"-o"_s;
-        break;
-    case CaptureMode::screen:
-        result << u"-D"_s << QString::number(displayNumber);
-        break;
-    case CaptureMode::video:
-        break;
-    }
-    result << outputPath;
-    return result;
-}
-
-int CaptureService::displayNumberUnderPointer()
-{
-    const QPoint pointer = QCursor::pos();
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    for (qsizetype i = 0; i < screens.size(); ++i) {
-        if (screens[i]->geometry().contains(pointer))
-            return static_cast<int>(i) + 1;
-    }
-    return 1;
+    return u"Masaüstün Vexet’in ekran resmi almasına izin vermedi. Masaüstünün ayarlarında gizlilik ya da "
+           u"uygulama izinleri bölümünden Vexet’e ekran resmi izni ver; masaüstü sorarsa izin ver. Ardından "
+           u"yakalamayı tekrar dene. Vexet yalnızca istediğin anda ekran resmi alır."_s;
 }
 
 void CaptureService::capture(CaptureMode mode, std::function<void(CaptureResult)> completion)
@@ -113,21 +90,22 @@ void CaptureService::capture(CaptureMode mode, std::function<void(CaptureResult)
         return;
     }
     m_folder = folder;
-    const int display = displayNumberUnderPointer();
+    const std::optional<int> display = m_pointer.displayNumberUnderPointer();
     QTimer::singleShot(hideDelayMs, this, [this, mode, display] { launch(mode, display); });
 }
 
-void CaptureService::launch(CaptureMode mode, int displayNumber)
+void CaptureService::launch(CaptureMode mode, std::optional<int> displayNumber)
 {
     auto* process = new QProcess(this);
     process->setProgram(m_toolPath);
-    process->setArguments(arguments(mode, displayNumber, m_folder + u'/' + fileName));
+    process->setArguments(CaptureToolProtocol::arguments(mode, displayNumber, m_folder + u'/' + fileName));
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());
     // The helper's files are for this user only.
     process->setChildProcessModifier([] { ::umask(077); });
-    connect(process, &QProcess::finished, this,
-        [this, mode](int exitCode, QProcess::ExitStatus) { toolFinished(mode, exitCode); });
+    connect(process, &QProcess::finished, this, [this, mode](int exitCode, QProcess::ExitStatus status) {
+        toolFinished(mode, status == QProcess::CrashExit ? crashed : exitCode);
+    });
     connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart || m_process != process)
             return;
@@ -174,12 +152,17 @@ void CaptureService::deliver(CaptureMode mode, int exitStatus, std::optional<QIm
     auto completion = std::exchange(m_completion, {});
     if (!completion)
         return;
-    if (image)
+    if (image) {
         completion(CaptureResult(std::move(image)));
-    else if (mode == CaptureMode::screen)
-        completion(noImageError(exitStatus));
-    else
+    } else if (exitStatus == static_cast<int>(CaptureExitStatus::refused)) {
+        // The desktop said no: tell where to allow it; there is nothing else to report.
+        showPermissionAlert();
+        completion(CaptureResult(std::optional<QImage>()));
+    } else if (mode != CaptureMode::screen && exitStatus == static_cast<int>(CaptureExitStatus::cancelled)) {
         completion(CaptureResult(std::optional<QImage>())); // the user cancelled the selection
+    } else {
+        completion(noImageError(exitStatus));
+    }
 }
 
 void CaptureService::fail(const QString& reason)
@@ -203,11 +186,12 @@ void CaptureService::terminateRunning()
 
 void CaptureService::showPermissionAlert()
 {
-    const int choice = Alert::ask(u"Ekran kaydı izni gerekli"_s,
-        u"Sistem Ayarları → Gizlilik ve Güvenlik → Ekran Kaydı (veya Ekran ve Sistem Sesi Kaydı) bölümünden "
-        u"Vexet’e izin ver. Gerekirse Vexet’i kapatıp yeniden aç; ardından yakalamayı tekrar dene. Vexet "
-        u"yalnızca istediğin anda ekran resmi alır."_s,
-        { u"Ayarları aç"_s, u"Daha sonra"_s });
-    if (choice == 0)
+    // "Ayarları aç" only where the desktop has a settings program to open.
+    if (!m_permission.canOpenSettings()) {
+        Alert::ask(u"Ekran kaydı izni gerekli"_s, permissionText(), { u"Daha sonra"_s });
+        return;
+    }
+    if (Alert::ask(u"Ekran kaydı izni gerekli"_s, permissionText(), { u"Ayarları aç"_s, u"Daha sonra"_s })
+        == 0)
         m_permission.openSettings();
 }

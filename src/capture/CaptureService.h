@@ -8,16 +8,19 @@
 #include <QProcess>
 #include <QString>
 
+class PointerScreen;
 class ScreenCapturePermission;
 
 // Takes one screenshot at a time by running the vexet-capture helper into a private folder, and
-// hands back the image, a cancellation (no image) or an error.
+// hands back the image, a cancellation (no image) or an error. The helper's exit status tells a
+// cancel from a failure (CaptureToolProtocol.h): a failure or a crash is reported in every mode, and
+// a desktop that refused the picture brings up the permission alert.
 class CaptureService : public QObject, public CaptureServiceInterface {
     Q_OBJECT
 public:
     // toolPath: the helper program; by default the one installed beside this program.
-    CaptureService(
-        ScreenCapturePermission& permission, QString toolPath = defaultToolPath(), QObject* parent = nullptr);
+    CaptureService(ScreenCapturePermission& permission, const PointerScreen& pointer,
+        QString toolPath = defaultToolPath(), QObject* parent = nullptr);
     ~CaptureService() override;
 
     bool isBusy() const override { return m_isBusy; }
@@ -29,24 +32,25 @@ public:
     void setTemporaryRoot(const QString& folder) { m_temporaryRoot = folder; }
     const QString& toolPath() const { return m_toolPath; }
 
-    // The helper's arguments: "-x", "-t", "png", the mode's part, the output path last.
-    static QStringList arguments(CaptureMode mode, int displayNumber, const QString& outputPath);
-    // 1-based position in QGuiApplication::screens() of the first screen under the pointer, else 1.
-    static int displayNumberUnderPointer();
     // Where the private folders go: $XDG_RUNTIME_DIR when set, else the temporary folder.
     static QString temporaryRoot();
     static QString defaultToolPath();
-    // The error of a screen capture that produced no image.
+    // The error of a capture that produced no image for another reason than the user's choice.
     static Error noImageError(int exitStatus);
+    // The exit status counted for a helper that crashed.
+    static constexpr int crashed = -1;
+    // The permission alert's explanation: where to allow screenshots for Vexet.
+    static QString permissionText();
 
 private:
-    void launch(CaptureMode mode, int displayNumber);
+    void launch(CaptureMode mode, std::optional<int> displayNumber);
     void toolFinished(CaptureMode mode, int exitStatus);
     void deliver(CaptureMode mode, int exitStatus, std::optional<QImage> image);
     void fail(const QString& reason);
     void showPermissionAlert();
 
     ScreenCapturePermission& m_permission;
+    const PointerScreen& m_pointer;
     QString m_toolPath;
     QPointer<QProcess> m_process;
     bool m_isBusy = false;

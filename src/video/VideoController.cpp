@@ -1,10 +1,11 @@
 #include "VideoController.h"
 
 #include "Alert.h"
+#include "Beeper.h"
 #include "FileReveal.h"
 #include "RecordingCancellation.h"
-#include "RegionSelectionView.h"
-#include "RegionSelectionWindow.h"
+#include "RegionClip.h"
+#include "RegionSelector.h"
 #include "SleepNotifier.h"
 #include "VideoRecorder.h"
 #include "VideoSourceList.h"
@@ -96,7 +97,6 @@ VideoController::~VideoController()
 {
     m_recorder->onStatus = nullptr;
     m_recorder->onFinish = nullptr;
-    delete m_overlay;
 }
 
 void VideoController::buildWindow(const VideoOptions& saved)
@@ -251,29 +251,33 @@ void VideoController::selectRegion(const VideoDisplay& display)
     }
     m_selecting = true;
     hide();
-    m_overlay = new RegionSelectionWindow(screen);
-    m_overlay->view()->completion = [self = QPointer(this), display](std::optional<QRect> rect) {
-        if (!self)
-            return;
-        if (self->m_overlay)
-            self->m_overlay->deleteLater();
-        self->m_overlay = nullptr;
-        self->m_selecting = false;
-        self->show();
-        self->raise();
-        self->activateWindow();
-        if (rect)
-            self->chooseDestination(VideoRegion { display, QRectF(*rect) });
-    };
+    // The monitor as it looked when the selection began, so the overlay shows it dimmed whether or
+    // not the desktop composites translucent windows.
+    const RegionSelector::Sheet sheet = RegionSelector::monitorSheet(screen, screen->grabWindow(0).toImage());
+    m_overlay
+        = new RegionSelector({ sheet }, RegionSelectionLook::recording(), RegionClip::minimumSide, this);
+    connect(m_overlay, &RegionSelector::refused, this, [] { Beeper::beep(); });
+    connect(m_overlay, &RegionSelector::finished, this,
+        [this, display, ratio = screen->devicePixelRatio()](qsizetype, std::optional<QRect> pixels) {
+            if (m_overlay)
+                m_overlay->deleteLater();
+            m_overlay = nullptr;
+            m_selecting = false;
+            show();
+            raise();
+            activateWindow();
+            // The region is kept in the monitor's points.
+            if (pixels)
+                chooseDestination(VideoRegion {
+                    display, QRectF(QPointF(pixels->topLeft()) / ratio, QSizeF(pixels->size()) / ratio) });
+        });
     m_overlay->present();
 }
 
 void VideoController::cancelSelection()
 {
-    if (!m_overlay)
-        return;
-    if (auto done = std::exchange(m_overlay->view()->completion, {}))
-        done(std::nullopt);
+    if (m_overlay)
+        m_overlay->cancel();
 }
 
 VideoOptions VideoController::chosenOptions() const

@@ -2,7 +2,7 @@
 
 #include "OwnWindows.h"
 #include "RecorderState.h"
-#include "RegionSelectionWindow.h"
+#include "RegionSelector.h"
 #include "Result.h"
 #include "VideoOptions.h"
 #include "VideoSideInterface.h"
@@ -64,7 +64,7 @@ public:
     QPushButton* refreshButton() const { return m_refreshButton; }
     QFileDialog* savePanel() const { return m_savePanel; }
     VideoRecorder& recorder() const { return *m_recorder; }
-    RegionSelectionWindow* overlay() const { return m_overlay; }
+    RegionSelector* overlay() const { return m_overlay; }
     const QList<VideoDisplay>& displays() const { return m_displays; }
     const QList<VideoWindow>& windows() const { return m_windows; }
     VideoOptions chosenOptions() const;
@@ -94,7 +94,7 @@ private:
     QPushButton* m_refreshButton = nullptr;
     QList<VideoDisplay> m_displays;
     QList<VideoWindow> m_windows;
-    QPointer<RegionSelectionWindow> m_overlay;
+    QPointer<RegionSelector> m_overlay;
     QPointer<QFileDialog> m_savePanel;
     bool m_selecting = false;
     bool m_loading = false;

@@ -1,4 +1,5 @@
 #include "CaptureArguments.h"
+#include "CaptureToolProtocol.h"
 
 #include <QTest>
 
@@ -16,15 +17,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<CaptureRequest::Mode>("mode");
-        QTest::addColumn<int>("display");
+        QTest::addColumn<int>("display"); // 0: none given, the monitor under the pointer
         QTest::addColumn<CaptureRequest::Format>("format");
         QTest::addColumn<QString>("path");
 
         const QString file = u"/run/user/1000/Vexet-1/capture.png"_s;
         QTest::newRow("region") << QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-i"_s, u"-s"_s, file }
-                                << CaptureRequest::Mode::region << 1 << CaptureRequest::Format::png << file;
+                                << CaptureRequest::Mode::region << 0 << CaptureRequest::Format::png << file;
         QTest::newRow("window") << QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-i"_s, u"-w"_s, u"-o"_s, file }
-                                << CaptureRequest::Mode::window << 1 << CaptureRequest::Format::png << file;
+                                << CaptureRequest::Mode::window << 0 << CaptureRequest::Format::png << file;
         QTest::newRow("screen 2") << QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-D"_s, u"2"_s, file }
                                   << CaptureRequest::Mode::screen << 2 << CaptureRequest::Format::png << file;
         QTest::newRow("screen 12, jpg")
@@ -32,19 +33,24 @@ private Q_SLOTS:
             << 12 << CaptureRequest::Format::jpeg << u"a.jpg"_s;
         QTest::newRow("JPEG spelled out")
             << QStringList { u"-t"_s, u"JPEG"_s, u"-i"_s, u"-s"_s, u"b"_s } << CaptureRequest::Mode::region
-            << 1 << CaptureRequest::Format::jpeg << u"b"_s;
+            << 0 << CaptureRequest::Format::jpeg << u"b"_s;
         QTest::newRow("png by default")
             << QStringList { u"-D"_s, u"1"_s, u"c.png"_s } << CaptureRequest::Mode::screen << 1
             << CaptureRequest::Format::png << u"c.png"_s;
         QTest::newRow("file first") << QStringList { u"c.png"_s, u"-i"_s, u"-w"_s }
-                                    << CaptureRequest::Mode::window << 1 << CaptureRequest::Format::png
+                                    << CaptureRequest::Mode::window << 0 << CaptureRequest::Format::png
                                     << u"c.png"_s;
         QTest::newRow("a file named like an option")
-            << QStringList { u"-i"_s, u"-s"_s, u"--"_s, u"-s"_s } << CaptureRequest::Mode::region << 1
+            << QStringList { u"-i"_s, u"-s"_s, u"--"_s, u"-s"_s } << CaptureRequest::Mode::region << 0
             << CaptureRequest::Format::png << u"-s"_s;
         QTest::newRow("a file named -")
             << QStringList { u"-D"_s, u"1"_s, u"-"_s } << CaptureRequest::Mode::screen << 1
             << CaptureRequest::Format::png << u"-"_s;
+        QTest::newRow("the monitor under the pointer")
+            << QStringList { u"-x"_s, u"-t"_s, u"png"_s, file } << CaptureRequest::Mode::screen << 0
+            << CaptureRequest::Format::png << file;
+        QTest::newRow("only a file") << QStringList { u"d.png"_s } << CaptureRequest::Mode::screen << 0
+                                     << CaptureRequest::Format::png << u"d.png"_s;
     }
 
     void acceptsWhatTheCaptureServicePasses()
@@ -54,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(parsed.outcome(), CaptureArguments::Outcome::capture);
         QVERIFY(parsed.error().isEmpty());
         QTEST(parsed.request().mode, "mode");
-        QTEST(parsed.request().display, "display");
+        QTEST(parsed.request().display.value_or(0), "display");
         QTEST(parsed.request().format, "format");
         QTEST(parsed.request().path, "path");
     }
@@ -64,8 +70,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("reason");
 
-        QTest::newRow("nothing") << QStringList {}
-                                 << u"Ne alınacağı belirtilmedi: -D N, -i -s ya da -i -w gerekir."_s;
+        QTest::newRow("nothing") << QStringList {} << u"Dosya adı verilmedi."_s;
         QTest::newRow("no file") << QStringList { u"-x"_s, u"-i"_s, u"-s"_s } << u"Dosya adı verilmedi."_s;
         QTest::newRow("two files") << QStringList { u"-D"_s, u"1"_s, u"a"_s, u"b"_s }
                                    << u"Birden çok dosya adı verildi: a, b"_s;
@@ -113,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(parsed.error(), reason);
         QCOMPARE(parsed.usageErrorText(),
             u"vexet-capture: "_s + reason
-                + u"\nKullanım: vexet-capture [-x] [-t png|jpg] (-D N | -i -s | -i -w [-o]) DOSYA\n"
+                + u"\nKullanım: vexet-capture [-x] [-t png|jpg] [-D N | -i -s | -i -w [-o]] DOSYA\n"
                   "Ayrıntılar için: vexet-capture --help\n"_s);
     }
 
@@ -130,6 +135,34 @@ private Q_SLOTS:
         QCOMPARE(file.request().path, u"--help"_s);
     }
 
+    void theProgramsArgumentsAreUnderstoodForEveryMode()
+    {
+        const QString file = u"/run/user/1000/Vexet-2/capture.png"_s;
+        const struct {
+            CaptureMode mode;
+            std::optional<int> display;
+            CaptureRequest::Mode expected;
+        } cases[] = {
+            { CaptureMode::region, std::nullopt, CaptureRequest::Mode::region },
+            { CaptureMode::window, std::nullopt, CaptureRequest::Mode::window },
+            { CaptureMode::screen, 2, CaptureRequest::Mode::screen },
+            { CaptureMode::screen, std::nullopt, CaptureRequest::Mode::screen },
+        };
+        for (const auto& item : cases) {
+            const QStringList arguments = CaptureToolProtocol::arguments(item.mode, item.display, file);
+            QCOMPARE(arguments.mid(0, 3), (QStringList { u"-x"_s, u"-t"_s, u"png"_s }));
+            QCOMPARE(arguments.last(), file);
+            const CaptureArguments parsed = CaptureArguments::parse(arguments);
+            QCOMPARE(parsed.outcome(), CaptureArguments::Outcome::capture);
+            QCOMPARE(parsed.request().mode, item.expected);
+            QCOMPARE(parsed.request().display, item.display);
+            QCOMPARE(parsed.request().format, CaptureRequest::Format::png);
+            QCOMPARE(parsed.request().path, file);
+        }
+        QCOMPARE(CaptureToolProtocol::arguments(CaptureMode::window, std::nullopt, file),
+            (QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-i"_s, u"-w"_s, u"-o"_s, file }));
+    }
+
     void helpExplainsEveryOptionAndStatus()
     {
         const QString help = CaptureArguments::help();
@@ -137,7 +170,8 @@ private Q_SLOTS:
         for (const QString& option : { u"  -D N "_s, u"  -i -s "_s, u"  -i -w "_s, u"  -o "_s,
                  u"  -t png|jpg "_s, u"  -x "_s, u"  -h, --help "_s })
             QVERIFY2(help.contains(option), qPrintable(option));
-        for (const QString& status : { u"\n  0  "_s, u"\n  1  "_s, u"\n  2  "_s, u"\n  3  "_s, u"\n  4  "_s })
+        for (const QString& status :
+            { u"\n  0  "_s, u"\n  1  "_s, u"\n  2  "_s, u"\n  3  "_s, u"\n  4  "_s, u"\n  5  "_s })
             QVERIFY2(help.contains(status), qPrintable(status));
         QVERIFY(help.contains(u"Esc ya da sağ tık yakalamayı iptal eder."_s));
         QVERIFY(help.endsWith(u'\n'));

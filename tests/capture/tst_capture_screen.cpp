@@ -22,7 +22,7 @@ class TestCaptureScreen : public QObject {
     std::unique_ptr<PatternWindow> m_second;
     const QRect m_firstMonitor { 0, 0, 1920, 1080 };
     const QRect m_secondMonitor { 1920, 0, 1280, 1024 };
-    const QString m_usage = u"Kullanım: vexet-capture [-x] [-t png|jpg] (-D N | -i -s | -i -w [-o]) DOSYA"_s;
+    const QString m_usage = u"Kullanım: vexet-capture [-x] [-t png|jpg] [-D N | -i -s | -i -w [-o]] DOSYA"_s;
 
     static QStringList entries(const QTemporaryDir& dir)
     {
@@ -96,6 +96,30 @@ private Q_SLOTS:
         QVERIFY(outcome.output.isEmpty());
         QCOMPARE(entries(dir), QStringList { u"capture.png"_s });
         QVERIFY(magic(path).startsWith("\x89PNG\r\n\x1a\n"));
+        const QImage image = QImage(path).convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(image.size(), monitor.size());
+        QVERIFY(image == DesktopPattern::of(monitor));
+    }
+
+    void withoutANumberTheMonitorUnderThePointer_data()
+    {
+        QTest::addColumn<QPoint>("pointer");
+        QTest::addColumn<QRect>("monitor");
+        QTest::newRow("on the second monitor") << m_secondMonitor.center() << m_secondMonitor;
+        QTest::newRow("on the first monitor") << QPoint(1910, 1070) << m_firstMonitor;
+    }
+
+    void withoutANumberTheMonitorUnderThePointer()
+    {
+        QFETCH(QPoint, pointer);
+        QFETCH(QRect, monitor);
+        m_desktop.input().movePointer(pointer);
+        QTRY_COMPARE(m_desktop.input().pointer(), pointer);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(u"capture.png"_s);
+        const CaptureProcess::Outcome outcome = CaptureProcess::run({ u"-x"_s, u"-t"_s, u"png"_s, path });
+        QCOMPARE(outcome.exitCode, 0);
+        QVERIFY(outcome.error.isEmpty());
         const QImage image = QImage(path).convertToFormat(QImage::Format_RGB32);
         QCOMPARE(image.size(), monitor.size());
         QVERIFY(image == DesktopPattern::of(monitor));
@@ -195,8 +219,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("nothing") << QStringList {}
-                                 << u"Ne alınacağı belirtilmedi: -D N, -i -s ya da -i -w gerekir."_s;
+        QTest::newRow("nothing") << QStringList {} << u"Dosya adı verilmedi."_s;
         QTest::newRow("no file") << QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-D"_s, u"1"_s }
                                  << u"Dosya adı verilmedi."_s;
         QTest::newRow("unknown option")

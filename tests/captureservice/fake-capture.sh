@@ -11,5 +11,6 @@ case ${FAKE_CAPTURE:-} in
 image) cp "$FAKE_CAPTURE_IMAGE" "$out" && echo "file $(stat -c '%a' "$out")" >>"$FAKE_CAPTURE_LOG" ;;
 garbage) echo "not a picture" >"$out" ;;
 slow) exec sleep 60 ;;
+crash) kill -SEGV $$ ;;
 *) exit "${FAKE_CAPTURE_STATUS:-1}" ;;
 esac

@@ -1,7 +1,10 @@
+#include "AlertCatcher.h"
 #include "Beeper.h"
 #include "CaptureService.h"
+#include "CaptureToolProtocol.h"
 #include "ScreenCapturePermission.h"
 #include "X11Input.h"
+#include "X11PointerScreen.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -20,14 +23,22 @@ class FakePermission : public ScreenCapturePermission {
 public:
     bool preflight() override { return granted; }
     void request() override { ++requests; }
+    bool canOpenSettings() const override { return hasSettings; }
     bool openSettings() override
     {
         ++settingsOpened;
         return true;
     }
     bool granted = true;
+    bool hasSettings = true;
     int requests = 0;
     int settingsOpened = 0;
+};
+
+// A desktop where only the helper can tell which monitor the pointer is on (Wayland).
+class UnknownPointerScreen : public PointerScreen {
+public:
+    std::optional<int> displayNumberUnderPointer() const override { return std::nullopt; }
 };
 
 } // namespace
@@ -39,10 +50,11 @@ class TestCaptureService : public QObject {
     QString m_log;
     QString m_image;
     FakePermission m_permission;
+    X11PointerScreen m_pointer;
 
-    std::unique_ptr<CaptureService> service()
+    std::unique_ptr<CaptureService> service(const PointerScreen* pointer = nullptr)
     {
-        auto result = std::make_unique<CaptureService>(m_permission,
+        auto result = std::make_unique<CaptureService>(m_permission, pointer ? *pointer : m_pointer,
             qEnvironmentVariable("VEXET_SOURCE_DIR") + u"/tests/captureservice/fake-capture.sh"_s);
         result->setTemporaryRoot(m_dir.filePath(u"runtime"_s));
         return result;
@@ -97,12 +109,25 @@ private Q_SLOTS:
 
     void argumentsFollowTheHelpersOrder()
     {
-        QCOMPARE(CaptureService::arguments(CaptureMode::region, 1, u"/t/capture.png"_s),
+        QCOMPARE(CaptureToolProtocol::arguments(CaptureMode::region, 1, u"/t/capture.png"_s),
             (QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-i"_s, u"-s"_s, u"/t/capture.png"_s }));
-        QCOMPARE(CaptureService::arguments(CaptureMode::window, 1, u"/t/capture.png"_s),
+        QCOMPARE(CaptureToolProtocol::arguments(CaptureMode::window, 1, u"/t/capture.png"_s),
             (QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-i"_s, u"-w"_s, u"-o"_s, u"/t/capture.png"_s }));
-        QCOMPARE(CaptureService::arguments(CaptureMode::screen, 2, u"/t/capture.png"_s),
+        QCOMPARE(CaptureToolProtocol::arguments(CaptureMode::screen, 2, u"/t/capture.png"_s),
             (QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"-D"_s, u"2"_s, u"/t/capture.png"_s }));
+        QCOMPARE(CaptureToolProtocol::arguments(CaptureMode::screen, std::nullopt, u"/t/capture.png"_s),
+            (QStringList { u"-x"_s, u"-t"_s, u"png"_s, u"/t/capture.png"_s }));
+    }
+
+    void withoutAKnownMonitorTheHelperTakesTheOneUnderThePointer()
+    {
+        const UnknownPointerScreen unknown;
+        auto capture = service(&unknown);
+        const QList<CaptureResult> results = run(*capture, CaptureMode::screen, u"image"_s);
+        QCOMPARE(results.size(), 1);
+        QVERIFY(results[0].ok());
+        QCOMPARE(logLines().mid(0, 3), (QStringList { u"arg -x"_s, u"arg -t"_s, u"arg png"_s }));
+        QVERIFY(logLines().at(3).endsWith(u"/capture.png"_s));
     }
 
     void theDisplayNumberFollowsThePointer()
@@ -112,13 +137,13 @@ private Q_SLOTS:
         X11Connection connection;
         X11Input input(connection);
         input.movePointer(screens[1]->geometry().center());
-        QTRY_COMPARE(CaptureService::displayNumberUnderPointer(), 2);
+        QTRY_COMPARE(m_pointer.displayNumberUnderPointer(), 2);
         input.movePointer(screens[0]->geometry().center());
-        QTRY_COMPARE(CaptureService::displayNumberUnderPointer(), 1);
+        QTRY_COMPARE(m_pointer.displayNumberUnderPointer(), 1);
         // Below the shorter second monitor: on no screen at all.
         input.movePointer(QPoint(screens[1]->geometry().left() + 10, screens[1]->geometry().bottom() + 20));
         QTRY_VERIFY(!screens[1]->geometry().contains(QCursor::pos()));
-        QCOMPARE(CaptureService::displayNumberUnderPointer(), 1);
+        QCOMPARE(m_pointer.displayNumberUnderPointer(), 1);
     }
 
     void aScreenCaptureDeliversTheImageAndCleansUp()
@@ -137,7 +162,7 @@ private Q_SLOTS:
         const QStringList log = logLines();
         QCOMPARE(log.mid(0, 5),
             (QStringList { u"arg -x"_s, u"arg -t"_s, u"arg png"_s, u"arg -D"_s,
-                u"arg "_s + QString::number(CaptureService::displayNumberUnderPointer()) }));
+                u"arg "_s + QString::number(*m_pointer.displayNumberUnderPointer()) }));
         QVERIFY(QRegularExpression(u"^arg .*/runtime/Vexet-[0-9A-F-]{36}/capture\\.png$"_s)
                     .match(log[5])
                     .hasMatch());
@@ -155,6 +180,57 @@ private Q_SLOTS:
             QVERIFY(!results[0].value().has_value());
             QVERIFY(leftoverFolders().isEmpty());
         }
+    }
+
+    // The helper's status tells a cancel from a failure: a failure is one in every mode.
+    void aHelperFailureOrCrashIsAFailureInEveryMode()
+    {
+        auto capture = service();
+        for (CaptureMode mode : { CaptureMode::region, CaptureMode::window, CaptureMode::screen }) {
+            for (const int status :
+                { int(CaptureExitStatus::displayFailure), int(CaptureExitStatus::writeFailure) }) {
+                qputenv("FAKE_CAPTURE_STATUS", QByteArray::number(status));
+                const QList<CaptureResult> results = run(*capture, mode, u"fail"_s);
+                QCOMPARE(results.size(), 1);
+                QVERIFY(!results[0].ok());
+                QCOMPARE(results[0].error().code(), status);
+                QCOMPARE(results[0].error().localizedDescription(),
+                    u"Ekran resmi alınamadı. Ekran kaydı iznini kontrol et ve Vexet’i yeniden aç."_s);
+            }
+            qunsetenv("FAKE_CAPTURE_STATUS");
+            const QList<CaptureResult> crashed = run(*capture, mode, u"crash"_s);
+            QCOMPARE(crashed.size(), 1);
+            QVERIFY(!crashed[0].ok());
+            QCOMPARE(crashed[0].error().code(), CaptureService::crashed);
+            QVERIFY(leftoverFolders().isEmpty());
+        }
+    }
+
+    void aDesktopThatRefusesShowsThePermissionAlertOnce()
+    {
+        auto capture = service();
+        for (const bool hasSettings : { true, false }) {
+            m_permission.hasSettings = hasSettings;
+            AlertCatcher alerts(hasSettings ? 1 : 0); // "Daha sonra"
+            qputenv("FAKE_CAPTURE_STATUS", QByteArray::number(int(CaptureExitStatus::refused)));
+            const QList<CaptureResult> results = run(*capture, CaptureMode::screen, u"fail"_s);
+            qunsetenv("FAKE_CAPTURE_STATUS");
+            QCOMPARE(results.size(), 1);
+            QVERIFY(results[0].ok()); // nothing more to report than the alert
+            QVERIFY(!results[0].value().has_value());
+            const QStringList buttons = hasSettings ? QStringList { u"Ayarları aç"_s, u"Daha sonra"_s }
+                                                    : QStringList { u"Daha sonra"_s };
+            QCOMPARE(alerts.alerts(),
+                (QList<QStringList> { QStringList { u"Vexet"_s, u"Ekran kaydı izni gerekli"_s,
+                                          CaptureService::permissionText() }
+                    + buttons }));
+            QCOMPARE(m_permission.settingsOpened, 0);
+        }
+        QVERIFY(CaptureService::permissionText().contains(
+            u"Masaüstün Vexet’in ekran resmi almasına izin vermedi."_s));
+        QVERIFY(!CaptureService::permissionText().contains(u"macOS"_s));
+        QVERIFY(!CaptureService::permissionText().contains(u"Sistem Ayarları"_s));
+        QVERIFY(leftoverFolders().isEmpty());
     }
 
     void aScreenCaptureWithoutImageIsAnErrorCarryingTheExitStatus()
@@ -252,7 +328,7 @@ private Q_SLOTS:
     {
         QWidget window;
         window.show();
-        CaptureService capture(m_permission, m_dir.filePath(u"no-such-helper"_s));
+        CaptureService capture(m_permission, m_pointer, m_dir.filePath(u"no-such-helper"_s));
         capture.setTemporaryRoot(m_dir.filePath(u"runtime"_s));
         const QList<CaptureResult> results = run(capture, CaptureMode::region, u"image"_s);
         QCOMPARE(results.size(), 1);

@@ -1,7 +1,7 @@
 #include "AlertCatcher.h"
 #include "FileReveal.h"
 #include "RecordingCancellation.h"
-#include "RegionSelectionView.h"
+#include "RegionSelectionWindow.h"
 #include "VideoController.h"
 #include "VideoRecorder.h"
 #include "VideoSources.h"
@@ -196,8 +196,9 @@ private Q_SLOTS:
         QVERIFY(m_video->selecting());
         QVERIFY(!m_video->isVisible());
         QVERIFY(m_video->overlay());
-        QTRY_COMPARE(m_video->overlay()->geometry(), QGuiApplication::screens().at(1)->geometry());
-        QVERIFY(m_video->overlay()->view()->completion);
+        QCOMPARE(m_video->overlay()->sheetCount(), 1);
+        QTRY_COMPARE(m_video->overlay()->window(0)->geometry(), QGuiApplication::screens().at(1)->geometry());
+        QVERIFY(!m_video->overlay()->isFinished());
         // Another client takes the keyboard: the selection is abandoned.
         X11Connection other;
         const xcb_window_t window = xcb_generate_id(other.get());

@@ -1,5 +1,7 @@
 #include "CaptureArguments.h"
 
+#include "CaptureToolProtocol.h"
+
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -22,9 +24,9 @@ std::optional<int> displayNumber(const QString& text)
 std::optional<CaptureRequest::Format> fileFormat(const QString& text)
 {
     const QString name = text.toLower();
-    if (name == u"png"_s)
+    if (name == CaptureToolProtocol::png)
         return CaptureRequest::Format::png;
-    if (name == u"jpg"_s || name == u"jpeg"_s)
+    if (name == CaptureToolProtocol::jpg || name == u"jpeg"_s)
         return CaptureRequest::Format::jpeg;
     return std::nullopt;
 }
@@ -61,17 +63,17 @@ CaptureArguments CaptureArguments::parse(const QStringList& arguments)
         }
         if (argument == u"--"_s) {
             optionsEnded = true;
-        } else if (argument == u"-x"_s) {
+        } else if (argument == CaptureToolProtocol::silent) {
             // Silent: there is no sound to leave out.
-        } else if (argument == u"-i"_s) {
+        } else if (argument == CaptureToolProtocol::interactive) {
             interactive = true;
-        } else if (argument == u"-s"_s) {
+        } else if (argument == CaptureToolProtocol::selection) {
             selection = true;
-        } else if (argument == u"-w"_s) {
+        } else if (argument == CaptureToolProtocol::window) {
             window = true;
-        } else if (argument == u"-o"_s) {
+        } else if (argument == CaptureToolProtocol::noShadow) {
             noShadow = true;
-        } else if (argument == u"-t"_s) {
+        } else if (argument == CaptureToolProtocol::type) {
             if (i + 1 >= arguments.size())
                 return refused(u"-t seçeneği bir dosya türü ister: png ya da jpg."_s);
             const QString& value = arguments.at(++i);
@@ -79,7 +81,7 @@ CaptureArguments CaptureArguments::parse(const QStringList& arguments)
             if (!known)
                 return refused(u"Bilinmeyen dosya türü: %1 (png ya da jpg olmalı)."_s.arg(value));
             format = *known;
-        } else if (argument == u"-D"_s) {
+        } else if (argument == CaptureToolProtocol::display) {
             if (i + 1 >= arguments.size())
                 return refused(u"-D seçeneği bir ekran numarası ister."_s);
             const QString& value = arguments.at(++i);
@@ -99,8 +101,6 @@ CaptureArguments CaptureArguments::parse(const QStringList& arguments)
         return refused(u"-s ve -w yalnızca -i ile kullanılır."_s);
     if (interactive && !selection && !window)
         return refused(u"-i ile birlikte -s ya da -w gerekir."_s);
-    if (!interactive && !display)
-        return refused(u"Ne alınacağı belirtilmedi: -D N, -i -s ya da -i -w gerekir."_s);
     if (noShadow && !window)
         return refused(u"-o yalnızca pencere modunda (-i -w) kullanılır."_s);
     if (files.isEmpty())
@@ -112,10 +112,10 @@ CaptureArguments CaptureArguments::parse(const QStringList& arguments)
 
     CaptureArguments result;
     result.m_outcome = Outcome::capture;
-    result.m_request.mode = display ? CaptureRequest::Mode::screen
-        : selection                 ? CaptureRequest::Mode::region
-                                    : CaptureRequest::Mode::window;
-    result.m_request.display = display.value_or(1);
+    result.m_request.mode = !interactive ? CaptureRequest::Mode::screen
+        : selection                      ? CaptureRequest::Mode::region
+                                         : CaptureRequest::Mode::window;
+    result.m_request.display = display;
     result.m_request.format = format;
     result.m_request.path = files.first();
     return result;
@@ -131,7 +131,7 @@ CaptureArguments CaptureArguments::refused(const QString& reason)
 
 QString CaptureArguments::usage()
 {
-    return u"Kullanım: vexet-capture [-x] [-t png|jpg] (-D N | -i -s | -i -w [-o]) DOSYA"_s;
+    return u"Kullanım: vexet-capture [-x] [-t png|jpg] [-D N | -i -s | -i -w [-o]] DOSYA"_s;
 }
 
 QString CaptureArguments::usageErrorText() const
@@ -143,15 +143,20 @@ QString CaptureArguments::help()
 {
     return usage() + u"\n\n"_s
         + u"Ekran resmi alır ve DOSYA'ya yazar. DOSYA yalnızca resim alındığında oluşur;\n"
-          "yarım kalmış bir dosya hiçbir zaman bırakılmaz.\n"
+          "yarım kalmış bir dosya hiçbir zaman bırakılmaz. Wayland masaüstünde resmi\n"
+          "masaüstünün ekran görüntüsü kapısından (xdg-desktop-portal) ister.\n"
           "\n"
           "Seçenekler:\n"
           "  -D N        N numaralı ekranın tamamını alır. Ekranlar 1'den başlar;\n"
-          "              1 ana ekrandır.\n"
-          "  -i -s       Masaüstünü dondurur; fareyle sürüklenen alanı alır. Alan birden\n"
-          "              çok ekrana yayılabilir.\n"
-          "  -i -w       Masaüstünü dondurur; farenin üzerinde durduğu pencereyi gösterir,\n"
-          "              tıklanan pencereyi çerçevesiyle birlikte alır.\n"
+          "              1 ana ekrandır. -D, -i -s ve -i -w verilmezse farenin\n"
+          "              bulunduğu ekranın tamamını alır.\n"
+          "  -i -s       Masaüstünü dondurur; fareyle sürüklenen alanı alır. X11'de alan\n"
+          "              birden çok ekrana yayılabilir; Wayland'de sürüklemenin başladığı\n"
+          "              ekranda kalır.\n"
+          "  -i -w       X11'de masaüstünü dondurur; farenin üzerinde durduğu pencereyi\n"
+          "              gösterir, tıklanan pencereyi çerçevesiyle birlikte alır.\n"
+          "              Wayland'de masaüstünün kendi seçicisini açar (bazı masaüstleri\n"
+          "              yalnızca alan seçtirir).\n"
           "  -o          Pencere modunda gölgeyi almaz (X11'de pencere gölgesi zaten\n"
           "              alınmaz).\n"
           "  -t png|jpg  Dosya türü; varsayılan png.\n"
@@ -165,5 +170,6 @@ QString CaptureArguments::help()
           "  1  kullanıcı iptal etti\n"
           "  2  argümanlar yanlış ya da eksik\n"
           "  3  ekrana ulaşılamadı, klavye ve fare alınamadı ya da böyle bir ekran yok\n"
-          "  4  DOSYA yazılamadı\n"_s;
+          "  4  DOSYA yazılamadı\n"
+          "  5  masaüstü ekran resmi almaya izin vermedi\n"_s;
 }

@@ -5,9 +5,10 @@
 #include <QString>
 #include <QStringList>
 
-// The command line of vexet-capture:
-//   vexet-capture [-x] [-t png|jpg] (-D N | -i -s | -i -w [-o]) FILE
-// Options may come in any order before or after FILE; "--" ends the options.
+// The command line of vexet-capture (CaptureToolProtocol.h):
+//   vexet-capture [-x] [-t png|jpg] [-D N | -i -s | -i -w [-o]] FILE
+// Options may come in any order before or after FILE; "--" ends the options. Without -D, -i -s or
+// -i -w it takes the monitor under the pointer.
 class CaptureArguments {
 public:
     enum class Outcome {

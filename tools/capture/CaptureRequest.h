@@ -1,11 +1,12 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 // What one run of vexet-capture is asked to do.
 struct CaptureRequest {
     enum class Mode {
-        // One whole monitor (-D N).
+        // One whole monitor: -D N, or the one under the pointer.
         screen,
         // A rectangle dragged on the frozen desktop (-i -s).
         region,
@@ -18,8 +19,9 @@ struct CaptureRequest {
     };
 
     Mode mode = Mode::screen;
-    // 1-based, in the order of QGuiApplication::screens(); for Mode::screen only.
-    int display = 1;
+    // 1-based, in the order of QGuiApplication::screens(); none: the monitor under the pointer. For
+    // Mode::screen only.
+    std::optional<int> display;
     Format format = Format::png;
     QString path;
 };

@@ -1,26 +1,45 @@
 #pragma once
 
-#include "CaptureExitStatus.h"
 #include "CaptureRequest.h"
+#include "CaptureToolProtocol.h"
 
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QImage>
 #include <QString>
+#include <memory>
 
-class X11Connection;
-
-// One run of vexet-capture: connects to the X server, takes the picture the request asks for
-// and writes it. The whole-monitor capture needs no Qt application object and no window, so it
-// starts and ends quickly; only the interactive modes start a QGuiApplication.
+// One run of vexet-capture: the picture through the X server, or through the desktop portal when
+// the session is Wayland (WAYLAND_DISPLAY set, also when XWayland's DISPLAY is set too: XWayland's
+// picture lacks every native window). Also the pieces both ways share.
 class CaptureTool {
 public:
-    explicit CaptureTool(const CaptureRequest& request);
-
     // The exit status; a failure has been told on standard error in one line.
-    CaptureExitStatus run();
+    static CaptureExitStatus run(const CaptureRequest& request);
 
-private:
-    CaptureExitStatus captureMonitor(X11Connection& connection);
-    CaptureExitStatus captureInteractively(X11Connection& connection);
+    // Tells the reason on standard error and returns the status.
     static CaptureExitStatus fail(CaptureExitStatus status, const QString& reason);
+    // Writes the picture to the request's file: written, or a write failure told.
+    static CaptureExitStatus write(const QImage& image, const CaptureRequest& request);
+    // The failure text for a monitor number the desktop does not have.
+    static QString noSuchMonitor(qsizetype number, qsizetype count);
 
-    CaptureRequest m_request;
+    // The Qt application of the interactive parts, with none of our options taken for Qt's.
+    static std::unique_ptr<QGuiApplication> makeApplication();
+
+    // Starts a flow that ends with finished(status, reason) and runs the event loop until then.
+    template <typename Flow> static CaptureExitStatus runUntilFinished(Flow& flow)
+    {
+        CaptureExitStatus status = CaptureExitStatus::cancelled;
+        QEventLoop loop;
+        QObject::connect(&flow, &Flow::finished, &loop, [&](CaptureExitStatus result, const QString& reason) {
+            status = result;
+            if (!reason.isEmpty())
+                fail(result, reason);
+            loop.quit();
+        });
+        flow.start();
+        loop.exec();
+        return status;
+    }
 };

@@ -1,6 +1,6 @@
 #include "CaptureArguments.h"
-#include "CaptureExitStatus.h"
 #include "CaptureTool.h"
+#include "CaptureToolProtocol.h"
 
 #include <QStringList>
 #include <cstdio>
@@ -22,5 +22,5 @@ int main(int argc, char** argv)
     case CaptureArguments::Outcome::capture:
         break;
     }
-    return static_cast<int>(CaptureTool(parsed.request()).run());
+    return static_cast<int>(CaptureTool::run(parsed.request()));
 }

@@ -7,5 +7,6 @@ class X11ScreenCapturePermission : public ScreenCapturePermission {
 public:
     bool preflight() override { return true; }
     void request() override { }
+    bool canOpenSettings() const override { return false; }
     bool openSettings() override { return false; }
 };

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+class GlobalKeys;
+class PointerScreen;
+class QApplication;
+class RecordingDesktopInterface;
+class ScreenCapturePermission;
+class VideoSources;
+
+// The desktop's side of the program, chosen once at start: X11, or on a Wayland session (also
+// when XWayland's DISPLAY is set too) a native Wayland client that reaches the desktop only
+// through its portals and never opens an X connection. The features see only the interfaces.
+class Platform {
+public:
+    // WAYLAND_DISPLAY is set.
+    static bool isWaylandSession();
+    // Before the application object exists: Qt's own platform follows the session.
+    static void prepare();
+
+    explicit Platform(QApplication& application);
+    ~Platform();
+
+    bool isWayland() const { return m_wayland; }
+    ScreenCapturePermission& permission() const { return *m_permission; }
+    const PointerScreen& pointer() const { return *m_pointer; }
+    // None where the program cannot take keys for the whole desktop itself.
+    GlobalKeys* globalKeys() const { return m_globalKeys.get(); }
+    // None where recording is not there yet.
+    RecordingDesktopInterface* recordingDesktop() const { return m_recordingDesktop.get(); }
+    VideoSources* videoSources() const { return m_videoSources.get(); }
+
+private:
+    bool m_wayland;
+    std::unique_ptr<ScreenCapturePermission> m_permission;
+    std::unique_ptr<PointerScreen> m_pointer;
+    std::unique_ptr<GlobalKeys> m_globalKeys;
+    std::unique_ptr<RecordingDesktopInterface> m_recordingDesktop;
+    std::unique_ptr<VideoSources> m_videoSources;
+};
