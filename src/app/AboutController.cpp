@@ -17,7 +17,7 @@ QIcon AboutController::icon(const QString& resource)
     return named.isNull() ? QApplication::windowIcon() : named;
 }
 
-AboutController::AboutController(bool firstLaunch, QWidget* parent)
+AboutController::AboutController(bool firstLaunch, const DesktopFacts& desktop, QWidget* parent)
     : QWidget(parent, Qt::Window)
 {
     setWindowTitle(firstLaunch ? u"Vexet’e hoş geldin"_s : u"Vexet hakkında"_s);
@@ -45,12 +45,8 @@ AboutController::AboutController(bool firstLaunch, QWidget* parent)
           u"uygulama "
           u"içi satın alma yok."_s,
             body },
-        { u"Menü çubuğundaki çerçeve simgesinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan "
-          u"değiştir; önizlemede kırp, kopyala ve kaydet."_s,
-            body },
-        { u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. İlk çekimde macOS ekran kaydı izni "
-          u"ister. Bu tanıtım her macOS kullanıcısı için yalnızca ilk açılışta otomatik gösterilir."_s,
-            WindowHelpers::systemFont(12) },
+        { DesktopTexts::howToCapture(desktop), body },
+        { DesktopTexts::privacy(desktop), WindowHelpers::systemFont(12) },
     };
     for (const auto& [text, font] : rows)
         stack->addWidget(WindowHelpers::wrappingLabel(text, font, this));

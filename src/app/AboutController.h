@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DesktopTexts.h"
+
 #include <QIcon>
 #include <QWidget>
 
@@ -14,7 +16,8 @@ public:
     static constexpr int height = 745;
     static constexpr int iconSize = 88;
 
-    explicit AboutController(bool firstLaunch, QWidget* parent = nullptr);
+    // desktop: where the window is shown; its texts say what is true there.
+    explicit AboutController(bool firstLaunch, const DesktopFacts& desktop = {}, QWidget* parent = nullptr);
 
     // Brings the window to the front and gives it the keyboard.
     void showWindow();

@@ -61,6 +61,7 @@ AppDelegate::~AppDelegate()
     delete m_menu;
     delete m_about;
     delete m_settings;
+    delete m_statusWindow;
     qDeleteAll(std::exchange(m_editors, {}));
 }
 
@@ -73,6 +74,7 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     QApplication::setQuitOnLastWindowClosed(false);
     QCoreApplication::instance()->installEventFilter(this);
+    m_desktop = { m_services.waylandSession, QSystemTrayIcon::isSystemTrayAvailable() };
 
     m_statusItem = new QSystemTrayIcon(statusIcon(false), this);
     m_statusItem->setToolTip(idleToolTip());
@@ -99,12 +101,12 @@ void AppDelegate::applicationDidFinishLaunching()
         m_preferences.defaults().sync(); // on disk before the window shows
         showAbout(true);
     }
+    if (!m_desktop.tray)
+        showStatusWindow();
 
     if (!failures.isEmpty()) {
-        QTimer::singleShot(0, this, [failures] {
-            Alert::show(u"Kısayolları kontrol et"_s,
-                u"Şu kısayollar kaydedilemedi. Menü çubuğundan Ayarlar’ı açıp değiştirebilirsin:\n"_s
-                    + failures.join(u'\n'));
+        QTimer::singleShot(0, this, [failures, lead = DesktopTexts::shortcutFailuresLead(m_desktop)] {
+            Alert::show(u"Kısayolları kontrol et"_s, lead + failures.join(u'\n'));
         });
     }
 }
@@ -124,6 +126,26 @@ void AppDelegate::rebuildMenu()
         m_menu->deleteLater();
     m_menu = menu;
     m_videoMenuItem = StatusMenu::item(menu, CaptureMode::video);
+    if (m_statusWindow) {
+        for (CaptureMode mode : CaptureModes::allCases)
+            m_statusWindow->setTitle(mode, StatusMenu::itemTitle(mode, m_preferences.shortcut(mode)));
+        m_statusWindow->setStatus(false, {});
+    }
+}
+
+void AppDelegate::showStatusWindow()
+{
+    if (!m_statusWindow) {
+        const StatusWindow::Actions actions {
+            [this](CaptureMode mode) { capture(mode); },
+            [this] { openSettings(); },
+            [this] { openAbout(); },
+            [this] { quit(); },
+        };
+        m_statusWindow = new StatusWindow(actions);
+        rebuildMenu();
+    }
+    m_statusWindow->showWindow();
 }
 
 void AppDelegate::captureMenu(const QAction* sender)
@@ -183,7 +205,7 @@ void AppDelegate::openEditor(const QImage& image)
     editor->showWindow();
     // After the window is up, so the confirmation shows in it.
     if (m_preferences.copyAutomatically())
-        editor->copyImage();
+        editor->copyAutomatically(m_services.waylandSession);
 }
 
 void AppDelegate::toggleVideo()
@@ -234,10 +256,14 @@ void AppDelegate::videoStatusChanged(bool busy, const QString& text)
         m_statusItem->setIcon(statusIcon(busy));
         m_statusItem->setToolTip(busy ? text : idleToolTip());
     }
-    if (m_videoMenuItem) {
-        m_videoMenuItem->setText(busy
-                ? u"Kaydı durdur / iptal et"_s
-                : StatusMenu::itemTitle(CaptureMode::video, m_preferences.shortcut(CaptureMode::video)));
+    const QString videoTitle = busy
+        ? u"Kaydı durdur / iptal et"_s
+        : StatusMenu::itemTitle(CaptureMode::video, m_preferences.shortcut(CaptureMode::video));
+    if (m_videoMenuItem)
+        m_videoMenuItem->setText(videoTitle);
+    if (m_statusWindow) {
+        m_statusWindow->setTitle(CaptureMode::video, videoTitle);
+        m_statusWindow->setStatus(busy, text);
     }
 }
 
@@ -258,7 +284,9 @@ void AppDelegate::openSettings()
 
 bool AppDelegate::applicationShouldHandleReopen()
 {
-    if (OwnWindows::visibleWindows().isEmpty())
+    if (!m_desktop.tray)
+        showStatusWindow();
+    else if (OwnWindows::visibleWindows().isEmpty())
         openSettings();
     return true;
 }
@@ -286,7 +314,7 @@ void AppDelegate::openAbout()
 void AppDelegate::showAbout(bool firstLaunch)
 {
     delete m_about;
-    m_about = new AboutController(firstLaunch);
+    m_about = new AboutController(firstLaunch, m_desktop);
     m_about->setAttribute(Qt::WA_QuitOnClose, false);
     m_about->showWindow();
 }

@@ -4,9 +4,11 @@
 #include "AppCommand.h"
 #include "CaptureMode.h"
 #include "CaptureServiceInterface.h"
+#include "DesktopTexts.h"
 #include "EditorController.h"
 #include "HotKeysInterface.h"
 #include "SettingsController.h"
+#include "StatusWindow.h"
 #include "VideoSideInterface.h"
 
 #include <QAction>
@@ -35,6 +37,10 @@ public:
         std::function<std::unique_ptr<VideoSideInterface>()> makeVideoController;
         // The parts recording needs that are missing on this system; empty when it can record.
         std::function<QStringList()> missingVideoRequirements;
+        // A Wayland session: the texts say so, and because the desktop takes clipboard data only
+        // from a program that has had the user's input, the automatic copy is repeated at the
+        // editor's first input.
+        bool waylandSession = false;
         // Ends the event loop once quitting is decided; QCoreApplication::exit(0) when unset.
         std::function<void()> exitEventLoop;
     };
@@ -48,7 +54,8 @@ public:
     void capture(CaptureMode mode);
     void toggleVideo();
     void openSettings();
-    // Another start of the program: the settings window opens when none of ours is visible.
+    // Another start of the program: on a desktop without a tray the Vexet window shows again;
+    // otherwise the settings window opens when none of ours is visible.
     bool applicationShouldHandleReopen();
     // A command from the command line, this start's or a later one's, run as the menu runs it.
     void runCommand(const AppCommand& command);
@@ -69,6 +76,9 @@ public:
     QAction* videoMenuItem() const { return m_videoMenuItem; }
     bool videoBusy() const { return m_videoBusy; }
     AboutController* about() const { return m_about; }
+    // The window with the menu's commands on a desktop without a tray; none until shown.
+    StatusWindow* statusWindow() const { return m_statusWindow; }
+    const DesktopFacts& desktop() const { return m_desktop; }
     SettingsController* settings() const { return m_settings; }
     VideoSideInterface* videoController() const { return m_videoController.get(); }
     // Every open editor window, each under its own id; closing one removes it.
@@ -83,6 +93,7 @@ private:
     bool videoSideActive() const;
     void captureFinished(const CaptureResult& result);
     void openEditor(const QImage& image);
+    void showStatusWindow();
     void terminateNow();
 
     Preferences& m_preferences;
@@ -93,6 +104,8 @@ private:
     std::unique_ptr<VideoSideInterface> m_videoController;
     QPointer<AboutController> m_about;
     QPointer<SettingsController> m_settings;
+    QPointer<StatusWindow> m_statusWindow;
+    DesktopFacts m_desktop;
     QHash<QUuid, EditorController*> m_editors;
     bool m_videoBusy = false;
     bool m_terminating = false;

@@ -46,6 +46,7 @@ int main(int argc, char* argv[])
     const Platform platform(app);
     AppDelegate::Services services;
     services.captureService = std::make_unique<CaptureService>(platform.permission(), platform.pointer());
+    services.waylandSession = platform.isWayland();
     if (GlobalKeys* globalKeys = platform.globalKeys())
         services.hotKeys = std::make_unique<HotKeys>(*globalKeys, preferences);
 

@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStandardPaths>
+#include <QWindow>
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -141,15 +142,45 @@ void EditorController::reset()
     updateStatus();
 }
 
+void EditorController::copyAutomatically(bool againAtFirstInput)
+{
+    copyImage();
+    if (m_canvas->image().isNull() || !againAtFirstInput || m_copyAgainAtFirstInput)
+        return;
+    m_copyAgainAtFirstInput = true;
+    // Input reaches the window's platform window before any widget inside it.
+    winId();
+    windowHandle()->installEventFilter(this);
+}
+
+bool EditorController::eventFilter(QObject* watched, QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    if (m_copyAgainAtFirstInput && watched == windowHandle()
+        && (type == QEvent::Enter || type == QEvent::MouseButtonPress || type == QEvent::KeyPress)) {
+        m_copyAgainAtFirstInput = false;
+        windowHandle()->removeEventFilter(this);
+        // Only while the clipboard still holds our copy: never over what the user copied since.
+        if (QGuiApplication::clipboard()->ownsClipboard())
+            putOnClipboard();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
 void EditorController::copyImage()
 {
     if (m_canvas->image().isNull())
         return;
+    putOnClipboard();
+    updateStatus(EditorStatus::copied());
+}
+
+void EditorController::putOnClipboard() const
+{
     // One pixel per point, whatever the screen the image came from.
     QImage image = m_canvas->image();
     image.setDevicePixelRatio(1.0);
     QGuiApplication::clipboard()->setImage(image, QClipboard::Clipboard);
-    updateStatus(EditorStatus::copied());
 }
 
 QStringList EditorController::formatNames()

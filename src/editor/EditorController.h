@@ -48,6 +48,11 @@ public:
     void reset();
     // Puts the whole current image on the clipboard.
     void copyImage();
+    // The copy made right after the window appears. Some desktops (Wayland) take clipboard data only
+    // from a program that has had input of the user, which a window that just appeared may not have
+    // had: then the copy is made once more at the window's first input (the pointer entering it, a
+    // click, a key), unless something else was copied meanwhile.
+    void copyAutomatically(bool againAtFirstInput);
     // Opens the save dialog on this window for the current image.
     void saveImage();
     // The save dialog's format choice moved to index (0 PNG, 1 JPEG): the name follows.
@@ -77,11 +82,13 @@ public:
     const QList<QImage>& undoImages() const { return m_history.undoImages(); }
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildWindow();
     void updateStatus(const QString& message = {});
+    void putOnClipboard() const;
     void savePanelFinished(QFileDialog* panel, const QImage& image, int result);
     static QString saveFolder();
 
@@ -92,6 +99,7 @@ private:
     QPushButton* m_undoButton = nullptr;
     QPushButton* m_resetButton = nullptr;
     QPushButton* m_copyButton = nullptr;
+    bool m_copyAgainAtFirstInput = false;
     QPushButton* m_saveButton = nullptr;
     QLabel* m_helpLabel = nullptr;
     QLabel* m_statusLabel = nullptr;

@@ -59,12 +59,10 @@ private Q_SLOTS:
             u"Tamamen ücretsiz ekran görüntüsü ve video kaydı uygulaması. Reklam, abonelik, hesap veya "
             u"uygulama "
             u"içi satın alma yok."_s,
-            u"Menü çubuğundaki çerçeve simgesinden alan, pencere veya ekran yakala. Kısayollarını "
-            u"Ayarlar’dan "
-            u"değiştir; önizlemede kırp, kopyala ve kaydet."_s,
-            u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. İlk çekimde macOS ekran kaydı "
-            u"izni "
-            u"ister. Bu tanıtım her macOS kullanıcısı için yalnızca ilk açılışta otomatik gösterilir."_s,
+            u"Sistem tepsisindeki çerçeve simgesinden alan, pencere veya ekran yakala. Kısayollarını "
+            u"Ayarlar’dan değiştir; önizlemede kırp, kopyala ve kaydet."_s,
+            u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. X11 masaüstünde ekran resmi için "
+            u"izin gerekmez. Bu tanıtım her kullanıcı için yalnızca ilk açılışta otomatik gösterilir."_s,
         };
         QCOMPARE(labels.size(), expected.size());
         const QList<int> sizes { 32, 18, 13, 13, 13, 13, 13, 13, 12 };
@@ -84,6 +82,19 @@ private Q_SLOTS:
         QVERIFY(labels.last()->height() > labels[3]->height()); // the long texts wrap
         QCOMPARE(window.dismissButton()->y() - previousBottom - 1, 14);
         QVERIFY(window.dismissButton()->geometry().bottom() < 745 - 24);
+    }
+
+    void onAWaylandDesktopWithoutATrayTheTextsSaySo()
+    {
+        AboutController window(true, DesktopFacts { true, false });
+        const QList<QLabel*> labels = textLabels(window);
+        QCOMPARE(labels.at(7)->text(),
+            u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan değiştir; "
+            u"önizlemede kırp, kopyala ve kaydet."_s);
+        QCOMPARE(labels.at(8)->text(),
+            u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. Ekran resimlerini masaüstünün "
+            u"ekran görüntüsü kapısından ister; masaüstün ilk çekimde izin sorabilir. Bu tanıtım her "
+            u"kullanıcı için yalnızca ilk açılışta otomatik gösterilir."_s);
     }
 
     void theButtonClosesTheWindow()

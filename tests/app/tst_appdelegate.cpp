@@ -356,7 +356,7 @@ private Q_SLOTS:
         });
         QCOMPARE(texts[1], u"Kısayolları kontrol et"_s);
         QCOMPARE(texts[2],
-            u"Şu kısayollar kaydedilemedi. Menü çubuğundan Ayarlar’ı açıp değiştirebilirsin:\n"
+            u"Şu kısayollar kaydedilemedi. Sistem tepsisindeki simgeden Ayarlar’ı açıp değiştirebilirsin:\n"
             u"Pencere yakala: ⌥⇧⌘4\nEkranı yakala: ⌥⇧⌘5"_s);
     }
 

@@ -104,9 +104,12 @@ private Q_SLOTS:
         QCOMPARE(local.statusLabel()->text(), u"1280 × 1024 piksel • Panoya kopyalandı"_s);
         const QRect labelRect(local.statusLabel()->mapTo(&local, QPoint(0, 0)), local.statusLabel()->size());
         const QImage expected = local.statusLabel()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        // Out of the way first: the window manager may have put it right over the other one.
+        const auto localWindow = static_cast<xcb_window_t>(local.winId());
+        local.hide();
+        QTRY_VERIFY(!m_probe.windows().isViewable(localWindow));
         const QRect shownRect = labelRect.translated(m_probe.windows().rootGeometry(editorWindow)->topLeft());
         QTRY_COMPARE(m_probe.windows().grab(shownRect), expected);
-        local.hide();
 
         QVERIFY(leftoverFolders().isEmpty());
         QVERIFY(vexet.terminateAndWait());
