@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QString>
 #include <memory>
+#include <optional>
 
 // One run of vexet-capture: the picture through the X server, or through the desktop portal when
 // the session is Wayland (WAYLAND_DISPLAY set, also when XWayland's DISPLAY is set too: XWayland's
@@ -30,7 +31,7 @@ public:
     // Starts a flow that ends with finished(status, reason) and runs the event loop until then.
     template <typename Flow> static CaptureExitStatus runUntilFinished(Flow& flow)
     {
-        CaptureExitStatus status = CaptureExitStatus::cancelled;
+        std::optional<CaptureExitStatus> status;
         QEventLoop loop;
         QObject::connect(&flow, &Flow::finished, &loop, [&](CaptureExitStatus result, const QString& reason) {
             status = result;
@@ -39,7 +40,9 @@ public:
             loop.quit();
         });
         flow.start();
-        loop.exec();
-        return status;
+        // A flow may end before the loop runs (a request it refuses at once).
+        if (!status)
+            loop.exec();
+        return status.value_or(CaptureExitStatus::cancelled);
     }
 };
