@@ -26,10 +26,7 @@ PointerMonitor::PointerMonitor(const QList<QImage>& pictures)
         window->setGeometry(screens.at(i)->geometry());
         connect(window.get(), &RegionSelectionWindow::entered, this, [this, i] { answer(i); });
         connect(window.get(), &RegionSelectionWindow::pointerMoved, this, [this, i] { answer(i); });
-        connect(window.get(), &RegionSelectionWindow::exposed, this, [this] {
-            if (++m_exposed == qsizetype(m_windows.size()))
-                m_patience.start(patienceMs);
-        });
+        connect(window.get(), &RegionSelectionWindow::exposed, this, [this, i] { exposed(i); });
         m_windows.push_back(std::move(window));
     }
     m_patience.setSingleShot(true);
@@ -43,20 +40,55 @@ PointerMonitor::~PointerMonitor() = default;
 void PointerMonitor::start()
 {
     if (m_windows.empty()) {
-        answer(0);
+        m_answer = 0;
+        finish();
         return;
     }
     for (const auto& window : m_windows)
         window->showFullScreen();
 }
 
+void PointerMonitor::exposed(qsizetype monitor)
+{
+    m_exposedOrder.removeAll(monitor);
+    m_exposedOrder.append(monitor);
+    if (m_showingAgain) {
+        if (m_answer == monitor)
+            finish();
+        return;
+    }
+    if (!m_answer && m_exposedOrder.size() == qsizetype(m_windows.size()))
+        m_patience.start(patienceMs);
+}
+
 void PointerMonitor::answer(qsizetype monitor)
 {
-    if (m_answered)
+    if (m_answer)
         return;
-    m_answered = true;
+    m_answer = monitor;
     m_patience.stop();
-    for (const auto& window : m_windows)
-        window->hide();
-    Q_EMIT found(monitor);
+    if (m_exposedOrder.isEmpty() || m_exposedOrder.last() == monitor) {
+        finish();
+        return;
+    }
+    // Another window came later: show this one again, so that it is the last.
+    m_showingAgain = true;
+    RegionSelectionWindow* window = m_windows.at(std::size_t(monitor)).get();
+    window->hide();
+    window->showFullScreen();
+}
+
+void PointerMonitor::finish()
+{
+    if (m_finished)
+        return;
+    m_finished = true;
+    // The others first, the monitor's own last.
+    for (qsizetype i = 0; i < qsizetype(m_windows.size()); ++i) {
+        if (i != *m_answer)
+            m_windows.at(std::size_t(i))->hide();
+    }
+    if (*m_answer < qsizetype(m_windows.size()))
+        m_windows.at(std::size_t(*m_answer))->hide();
+    Q_EMIT found(*m_answer);
 }
