@@ -145,9 +145,12 @@ void EditorController::reset()
 void EditorController::copyAutomatically(bool againAtFirstInput)
 {
     copyImage();
-    if (m_canvas->image().isNull() || !againAtFirstInput || m_copyAgainAtFirstInput)
+    if (m_canvas->image().isNull() || !againAtFirstInput || !m_copyAgainAt.isEmpty())
         return;
-    m_copyAgainAtFirstInput = true;
+    // The moments a desktop may first take clipboard data from the window: the keyboard coming to
+    // it (KDE), the pointer entering it, a click or a key in it (wlroots: they carry the event
+    // serial the data must come with).
+    m_copyAgainAt = { QEvent::WindowActivate, QEvent::Enter, QEvent::MouseButtonPress, QEvent::KeyPress };
     // Input reaches the window's platform window before any widget inside it.
     winId();
     windowHandle()->installEventFilter(this);
@@ -155,11 +158,9 @@ void EditorController::copyAutomatically(bool againAtFirstInput)
 
 bool EditorController::eventFilter(QObject* watched, QEvent* event)
 {
-    const QEvent::Type type = event->type();
-    if (m_copyAgainAtFirstInput && watched == windowHandle()
-        && (type == QEvent::Enter || type == QEvent::MouseButtonPress || type == QEvent::KeyPress)) {
-        m_copyAgainAtFirstInput = false;
-        windowHandle()->removeEventFilter(this);
+    if (watched == windowHandle() && m_copyAgainAt.remove(event->type())) {
+        if (m_copyAgainAt.isEmpty())
+            windowHandle()->removeEventFilter(this);
         // Only while the clipboard still holds our copy: never over what the user copied since.
         if (QGuiApplication::clipboard()->ownsClipboard())
             putOnClipboard();

@@ -3,9 +3,11 @@
 #include "ImageHistory.h"
 
 #include <QDateTime>
+#include <QEvent>
 #include <QFileDialog>
 #include <QImage>
 #include <QPointer>
+#include <QSet>
 #include <QWidget>
 #include <functional>
 
@@ -49,9 +51,9 @@ public:
     // Puts the whole current image on the clipboard.
     void copyImage();
     // The copy made right after the window appears. Some desktops (Wayland) take clipboard data only
-    // from a program that has had input of the user, which a window that just appeared may not have
-    // had: then the copy is made once more at the window's first input (the pointer entering it, a
-    // click, a key), unless something else was copied meanwhile.
+    // from a window that has the keyboard or from a program that has had the user's input, which a
+    // window that just appeared may not have had: then the copy is made again at the window's first
+    // activation, pointer entry, click and key, unless something else was copied meanwhile.
     void copyAutomatically(bool againAtFirstInput);
     // Opens the save dialog on this window for the current image.
     void saveImage();
@@ -99,7 +101,8 @@ private:
     QPushButton* m_undoButton = nullptr;
     QPushButton* m_resetButton = nullptr;
     QPushButton* m_copyButton = nullptr;
-    bool m_copyAgainAtFirstInput = false;
+    // The first events at which the automatic copy is made again.
+    QSet<QEvent::Type> m_copyAgainAt;
     QPushButton* m_saveButton = nullptr;
     QLabel* m_helpLabel = nullptr;
     QLabel* m_statusLabel = nullptr;
