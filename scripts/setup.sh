@@ -4,7 +4,8 @@
 #   scripts/setup.sh run    install what is missing, build, start Vexet
 #   scripts/setup.sh test   install what is missing, build, run the whole test suite
 #
-# Without a desktop (no DISPLAY), Vexet runs on the private virtual desktop of
+# On a Wayland session (WAYLAND_DISPLAY) Vexet runs as a native Wayland client, on an X11 one
+# (DISPLAY) as an X client; without a desktop, it runs on the private virtual desktop of
 # tests/desktop/virtual-desktop.sh. The tests always run on private desktops: that X11 one, then
 # the Wayland one of tests/desktop/wayland-desktop.sh for the tests labelled "wayland".
 # Environment: BUILD_DIR (default: build), BUILD_TYPE (default: Release), CMAKE_ARGS (extra
@@ -100,7 +101,7 @@ if [[ $mode == test ]]; then
     exit "$wayland_status"
 fi
 
-if [[ -n ${DISPLAY:-} ]]; then
+if [[ -n ${WAYLAND_DISPLAY:-} || -n ${DISPLAY:-} ]]; then
     exec "$build_dir/src/app/vexet"
 fi
 echo "setup: no desktop here; starting Vexet on a virtual desktop" >&2
