@@ -3,6 +3,7 @@
 #include "Alert.h"
 #include "Beeper.h"
 #include "CaptureToolProtocol.h"
+#include "DesktopTexts.h"
 #include "PointerScreen.h"
 #include "ScreenCapturePermission.h"
 
@@ -53,13 +54,6 @@ Error CaptureService::noImageError(int exitStatus)
 {
     return Error(u"Vexet"_s, exitStatus,
         u"Ekran resmi alınamadı. Ekran kaydı iznini kontrol et ve Vexet’i yeniden aç."_s);
-}
-
-QString CaptureService::permissionText()
-{
-    return u"Masaüstün Vexet’in ekran resmi almasına izin vermedi. Masaüstünün ayarlarında gizlilik ya da "
-           u"uygulama izinleri bölümünden Vexet’e ekran resmi izni ver; masaüstü sorarsa izin ver. Ardından "
-           u"yakalamayı tekrar dene. Vexet yalnızca istediğin anda ekran resmi alır."_s;
 }
 
 void CaptureService::capture(CaptureMode mode, std::function<void(CaptureResult)> completion)
@@ -187,11 +181,11 @@ void CaptureService::terminateRunning()
 void CaptureService::showPermissionAlert()
 {
     // "Ayarları aç" only where the desktop has a settings program to open.
-    if (!m_permission.canOpenSettings()) {
-        Alert::ask(u"Ekran kaydı izni gerekli"_s, permissionText(), { u"Daha sonra"_s });
-        return;
-    }
-    if (Alert::ask(u"Ekran kaydı izni gerekli"_s, permissionText(), { u"Ayarları aç"_s, u"Daha sonra"_s })
-        == 0)
+    const bool settings = m_permission.canOpenSettings();
+    QStringList buttons { u"Daha sonra"_s };
+    if (settings)
+        buttons.prepend(u"Ayarları aç"_s);
+    if (Alert::ask(u"Ekran kaydı izni gerekli"_s, DesktopTexts::screenshotPermission(), buttons) == 0
+        && settings)
         m_permission.openSettings();
 }

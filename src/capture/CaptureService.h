@@ -39,8 +39,6 @@ public:
     static Error noImageError(int exitStatus);
     // The exit status counted for a helper that crashed.
     static constexpr int crashed = -1;
-    // The permission alert's explanation: where to allow screenshots for Vexet.
-    static QString permissionText();
 
 private:
     void launch(CaptureMode mode, std::optional<int> displayNumber);

@@ -29,6 +29,13 @@ QString shortcutFailuresLead(const DesktopFacts& facts)
         + u" Ayarlar’ı açıp değiştirebilirsin:\n"_s;
 }
 
+QString screenshotPermission()
+{
+    return u"Masaüstün Vexet’in ekran resmi almasına izin vermedi. Masaüstünün ayarlarında gizlilik ya da "
+           u"uygulama izinleri bölümünden Vexet’e ekran resmi izni ver; masaüstü sorarsa izin ver. Ardından "
+           u"yakalamayı tekrar dene. Vexet yalnızca istediğin anda ekran resmi alır."_s;
+}
+
 QString noTray()
 {
     return u"Bu masaüstünde sistem tepsisi olmadığı için Vexet’in komutları bu pencerede; pencereyi kapatsan "

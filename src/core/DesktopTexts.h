@@ -21,6 +21,8 @@ QString howToCapture(const DesktopFacts& facts);
 QString privacy(const DesktopFacts& facts);
 // The launch alert's lead before the shortcuts that could not be registered.
 QString shortcutFailuresLead(const DesktopFacts& facts);
+// The permission alert's explanation when the desktop refused a picture: where to allow it.
+QString screenshotPermission();
 // The Vexet window's one sentence on why it is there.
 QString noTray();
 

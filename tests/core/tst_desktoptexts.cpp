@@ -39,13 +39,21 @@ private Q_SLOTS:
             u"kullanıcı için yalnızca ilk açılışta otomatik gösterilir."_s);
     }
 
+    void aRefusedPictureSaysWhereToAllowIt()
+    {
+        QCOMPARE(DesktopTexts::screenshotPermission(),
+            u"Masaüstün Vexet’in ekran resmi almasına izin vermedi. Masaüstünün ayarlarında gizlilik ya da "
+            u"uygulama izinleri bölümünden Vexet’e ekran resmi izni ver; masaüstü sorarsa izin ver. Ardından "
+            u"yakalamayı tekrar dene. Vexet yalnızca istediğin anda ekran resmi alır."_s);
+    }
+
     void noTextNamesAnotherSystemsPlaces()
     {
         for (const bool wayland : { false, true }) {
             for (const bool tray : { false, true }) {
                 const DesktopFacts facts { wayland, tray };
                 for (const QString& text : { DesktopTexts::howToCapture(facts), DesktopTexts::privacy(facts),
-                         DesktopTexts::shortcutFailuresLead(facts) }) {
+                         DesktopTexts::shortcutFailuresLead(facts), DesktopTexts::screenshotPermission() }) {
                     QVERIFY2(!text.contains(u"macOS"_s), qPrintable(text));
                     QVERIFY2(!text.contains(u"enü çubu"_s), qPrintable(text));
                     QVERIFY2(!text.contains(u"Sistem Ayarları"_s), qPrintable(text));
