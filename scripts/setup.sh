@@ -80,7 +80,8 @@ if [[ $mode == test ]]; then
         for top in "$here" "$build_dir"; do
             path=$(realpath "$top")
             while [[ $path != / ]]; do
-                if [[ $(stat -c %A "$path") != *x ]]; then
+                # Others may go through: the execute bit of "others" (a sticky folder shows it as t).
+                if [[ $(stat -c %A "$path") != *[xt] ]]; then
                     echo "setup: letting the test user $test_user through $path (chmod o+x)" >&2
                     chmod o+x "$path"
                 fi
