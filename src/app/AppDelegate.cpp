@@ -6,6 +6,7 @@
 #include "OwnWindows.h"
 #include "Preferences.h"
 #include "SettingsController.h"
+#include "ShortcutReport.h"
 #include "StatusMenu.h"
 
 #include <QAction>
@@ -87,13 +88,17 @@ void AppDelegate::applicationDidFinishLaunching()
     rebuildMenu();
     m_statusItem->show();
 
-    QStringList failures;
     if (HotKeysInterface* hotKeys = m_services.hotKeys.get()) {
         hotKeys->onCapture = [self = QPointer(this)](CaptureMode mode) {
             if (self)
                 self->capture(mode);
         };
-        failures = hotKeys->resume();
+        hotKeys->onChanged = [self = QPointer(this)] {
+            if (self)
+                self->shortcutsChanged();
+        };
+        m_launchFailures = hotKeys->resume();
+        m_shortcutReportPending = true; // the desktop's answer may come later
     }
 
     if (!m_preferences.hasWelcomed()) {
@@ -103,12 +108,31 @@ void AppDelegate::applicationDidFinishLaunching()
     }
     if (!m_desktop.tray)
         showStatusWindow();
+    reportShortcuts();
+}
 
-    if (!failures.isEmpty()) {
-        QTimer::singleShot(0, this, [failures, lead = DesktopTexts::shortcutFailuresLead(m_desktop)] {
-            Alert::show(u"Kısayolları kontrol et"_s, lead + failures.join(u'\n'));
-        });
-    }
+QString AppDelegate::shortcutLabel(CaptureMode mode) const
+{
+    const HotKeysInterface* hotKeys = m_services.hotKeys.get();
+    return hotKeys ? hotKeys->label(mode) : m_preferences.shortcut(mode).display();
+}
+
+void AppDelegate::shortcutsChanged()
+{
+    rebuildMenu();
+    if (m_settings)
+        m_settings->shortcutsChanged();
+    reportShortcuts();
+}
+
+void AppDelegate::reportShortcuts()
+{
+    const HotKeysInterface* hotKeys = m_services.hotKeys.get();
+    if (!m_shortcutReportPending || !hotKeys || !hotKeys->settled())
+        return;
+    m_shortcutReportPending = false;
+    if (auto report = ShortcutReport::atLaunch(*hotKeys, m_launchFailures, m_preferences, m_desktop))
+        QTimer::singleShot(0, this, [report = *report] { Alert::show(report.title, report.text); });
 }
 
 void AppDelegate::rebuildMenu()
@@ -119,7 +143,7 @@ void AppDelegate::rebuildMenu()
         [this] { openAbout(); },
         [this] { quit(); },
     };
-    QMenu* menu = StatusMenu::build(m_preferences, actions);
+    QMenu* menu = StatusMenu::build([this](CaptureMode mode) { return shortcutLabel(mode); }, actions);
     if (m_statusItem)
         m_statusItem->setContextMenu(menu);
     if (m_menu)
@@ -128,7 +152,7 @@ void AppDelegate::rebuildMenu()
     m_videoMenuItem = StatusMenu::item(menu, CaptureMode::video);
     if (m_statusWindow) {
         for (CaptureMode mode : CaptureModes::allCases)
-            m_statusWindow->setTitle(mode, StatusMenu::itemTitle(mode, m_preferences.shortcut(mode)));
+            m_statusWindow->setTitle(mode, StatusMenu::itemTitle(mode, shortcutLabel(mode)));
         m_statusWindow->setStatus(false, {});
     }
 }
@@ -258,7 +282,7 @@ void AppDelegate::videoStatusChanged(bool busy, const QString& text)
     }
     const QString videoTitle = busy
         ? u"Kaydı durdur / iptal et"_s
-        : StatusMenu::itemTitle(CaptureMode::video, m_preferences.shortcut(CaptureMode::video));
+        : StatusMenu::itemTitle(CaptureMode::video, shortcutLabel(CaptureMode::video));
     if (m_videoMenuItem)
         m_videoMenuItem->setText(videoTitle);
     if (m_statusWindow) {

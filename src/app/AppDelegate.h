@@ -91,6 +91,11 @@ protected:
 
 private:
     bool videoSideActive() const;
+    // What starts the mode from the keyboard, as the menu and the Vexet window show it.
+    QString shortcutLabel(CaptureMode mode) const;
+    void shortcutsChanged();
+    // The launch alert about the shortcuts, once the platform has answered.
+    void reportShortcuts();
     void captureFinished(const CaptureResult& result);
     void openEditor(const QImage& image);
     void showStatusWindow();
@@ -108,5 +113,7 @@ private:
     DesktopFacts m_desktop;
     QHash<QUuid, EditorController*> m_editors;
     bool m_videoBusy = false;
+    QStringList m_launchFailures;
+    bool m_shortcutReportPending = false;
     bool m_terminating = false;
 };

@@ -1,20 +1,18 @@
 #include "StatusMenu.h"
 
-#include "Preferences.h"
-
 #include <QAction>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
 
-QMenu* StatusMenu::build(Preferences& preferences, const Actions& actions, QWidget* parent)
+QMenu* StatusMenu::build(const Labels& labels, const Actions& actions, QWidget* parent)
 {
     auto* menu = new QMenu(parent);
     QAction* header = menu->addAction(u"Vexet"_s);
     header->setEnabled(false);
 
     for (CaptureMode mode : CaptureModes::allCases) {
-        QAction* item = menu->addAction(itemTitle(mode, preferences.shortcut(mode)));
+        QAction* item = menu->addAction(itemTitle(mode, labels(mode)));
         item->setData(CaptureModes::rawValue(mode));
         QObject::connect(item, &QAction::triggered, menu, [item, captureMenu = actions.captureMenu] {
             if (captureMenu)
@@ -36,9 +34,9 @@ QMenu* StatusMenu::build(Preferences& preferences, const Actions& actions, QWidg
     return menu;
 }
 
-QString StatusMenu::itemTitle(CaptureMode mode, const Shortcut& shortcut)
+QString StatusMenu::itemTitle(CaptureMode mode, const QString& label)
 {
-    return CaptureModes::title(mode) + u"     "_s + shortcut.display();
+    return label.isEmpty() ? CaptureModes::title(mode) : CaptureModes::title(mode) + u"     "_s + label;
 }
 
 QAction* StatusMenu::item(QMenu* menu, CaptureMode mode)

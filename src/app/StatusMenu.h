@@ -1,17 +1,15 @@
 #pragma once
 
 #include "CaptureMode.h"
-#include "Shortcut.h"
 
 #include <QString>
 #include <functional>
 
-class Preferences;
 class QAction;
 class QMenu;
 class QWidget;
 
-// The tray menu: a disabled "Vexet" header, the four capture commands with their shortcuts, then
+// The tray menu: a disabled "Vexet" header, the four capture commands with their keys, then
 // settings, about and quit.
 class StatusMenu {
 public:
@@ -22,11 +20,14 @@ public:
         std::function<void()> quit;
     };
 
-    // A new menu built from the stored shortcuts; each capture item carries its mode's raw value.
-    static QMenu* build(Preferences& preferences, const Actions& actions, QWidget* parent = nullptr);
+    // What starts a mode from the keyboard, as shown beside its item; empty for nothing.
+    using Labels = std::function<QString(CaptureMode mode)>;
 
-    // The capture item's title: the mode's title, five spaces, the shortcut's display text.
-    static QString itemTitle(CaptureMode mode, const Shortcut& shortcut);
+    // A new menu; each capture item carries its mode's raw value.
+    static QMenu* build(const Labels& labels, const Actions& actions, QWidget* parent = nullptr);
+
+    // The capture item's title: the mode's title, then five spaces and the label when there is one.
+    static QString itemTitle(CaptureMode mode, const QString& label);
 
     // The capture item of the given mode in a menu built here, or nullptr.
     static QAction* item(QMenu* menu, CaptureMode mode);

@@ -103,6 +103,11 @@ std::optional<CaptureMode> AppCommand::modeNamed(const QString& name)
     return std::nullopt;
 }
 
+QString AppCommand::captureCommandLine(CaptureMode mode)
+{
+    return u"vexet --capture "_s + modeName(mode);
+}
+
 QString AppCommand::unknownModeText(const QString& name)
 {
     return u"Bilinmeyen yakalama türü: %1 (%2 olmalı)."_s.arg(name, modeList());

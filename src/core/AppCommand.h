@@ -34,6 +34,8 @@ public:
     // The word for a mode on the command line and in messages: "region", "window", "screen", "video".
     static QString modeName(CaptureMode mode);
     static std::optional<CaptureMode> modeNamed(const QString& name);
+    // The command a desktop's keyboard settings run for a mode: "vexet --capture region".
+    static QString captureCommandLine(CaptureMode mode);
     // Every mode word: "region, window, screen ya da video".
     static QString modeList();
     // Why a mode word was not understood, e.g. "Bilinmeyen yakalama türü: x (region, … olmalı)."

@@ -21,6 +21,12 @@ QString howToCapture(const DesktopFacts& facts);
 QString privacy(const DesktopFacts& facts);
 // The launch alert's lead before the shortcuts that could not be registered.
 QString shortcutFailuresLead(const DesktopFacts& facts);
+// The launch alert's lead before the commands the desktop left without a key.
+QString unboundCommandsLead();
+// Where the desktop's own settings for Vexet's shortcuts are, where Vexet cannot open them itself.
+QString desktopShortcutsPlace();
+// The launch alert, shown once, of a desktop that lets no program take keys: bind the commands.
+QString bindCommandsYourself();
 // The permission alert's explanation when the desktop refused a picture: where to allow it.
 QString screenshotPermission();
 // The Vexet window's one sentence on why it is there.

@@ -11,6 +11,7 @@ namespace {
 
 const auto copyAutomaticallyKey = "copyAutomatically"_L1;
 const auto hasWelcomedKey = "hasWelcomed"_L1;
+const auto hasExplainedCommandsKey = "hasExplainedCommands"_L1;
 
 } // namespace
 
@@ -65,4 +66,14 @@ bool Preferences::hasWelcomed() const
 void Preferences::setHasWelcomed(bool welcomed)
 {
     m_defaults->setValue(hasWelcomedKey, welcomed);
+}
+
+bool Preferences::hasExplainedCommands() const
+{
+    return StoredValue::boolean(m_defaults->value(hasExplainedCommandsKey)).value_or(false);
+}
+
+void Preferences::setHasExplainedCommands(bool explained)
+{
+    m_defaults->setValue(hasExplainedCommandsKey, explained);
 }

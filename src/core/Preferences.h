@@ -28,6 +28,10 @@ public:
     bool hasWelcomed() const;
     void setHasWelcomed(bool welcomed);
 
+    // The launch alert that this desktop binds the commands' keys itself has been shown.
+    bool hasExplainedCommands() const;
+    void setHasExplainedCommands(bool explained);
+
     static QString shortcutKey(CaptureMode mode);
 
 private:

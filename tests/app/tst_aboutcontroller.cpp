@@ -89,8 +89,8 @@ private Q_SLOTS:
         AboutController window(true, DesktopFacts { true, false });
         const QList<QLabel*> labels = textLabels(window);
         QCOMPARE(labels.at(7)->text(),
-            u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan değiştir; "
-            u"önizlemede kırp, kopyala ve kaydet."_s);
+            u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını masaüstünün klavye "
+            u"ayarlarında ata; önizlemede kırp, kopyala ve kaydet."_s);
         QCOMPARE(labels.at(8)->text(),
             u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. Ekran resimlerini masaüstünün "
             u"ekran görüntüsü kapısından ister; masaüstün ilk çekimde izin sorabilir. Bu tanıtım her "

@@ -51,6 +51,7 @@ class TestAppDelegate : public QObject {
         harness->capture = capture.get();
         harness->hotKeys = hotKeys.get();
         hotKeys->failures = std::move(hotKeyFailures);
+        hotKeys->preferences = m_preferences.get();
         services.captureService = std::move(capture);
         services.hotKeys = std::move(hotKeys);
         Harness* raw = harness.get();

@@ -15,9 +15,12 @@ private Q_SLOTS:
             u"Sistem tepsisindeki çerçeve simgesinden alan, pencere veya ekran yakala. Kısayollarını "
             u"Ayarlar’dan "
             u"değiştir; önizlemede kırp, kopyala ve kaydet."_s);
-        QCOMPARE(DesktopTexts::howToCapture({ true, false }),
+        QCOMPARE(DesktopTexts::howToCapture({ false, false }),
             u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan değiştir; "
             u"önizlemede kırp, kopyala ve kaydet."_s);
+        QCOMPARE(DesktopTexts::howToCapture({ true, false }),
+            u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını masaüstünün klavye "
+            u"ayarlarında ata; önizlemede kırp, kopyala ve kaydet."_s);
         QCOMPARE(DesktopTexts::shortcutFailuresLead({ false, true }),
             u"Şu kısayollar kaydedilemedi. Sistem tepsisindeki simgeden Ayarlar’ı açıp değiştirebilirsin:\n"_s);
         QCOMPARE(DesktopTexts::shortcutFailuresLead({ false, false }),
@@ -47,13 +50,34 @@ private Q_SLOTS:
             u"yakalamayı tekrar dene. Vexet yalnızca istediğin anda ekran resmi alır."_s);
     }
 
+    void theDesktopsOwnShortcutSettingsAreNamed()
+    {
+        QCOMPARE(DesktopTexts::unboundCommandsLead(),
+            u"Masaüstü şu komutlara tuş atamadı; önerilen birleşim başka bir işe ayrılmış olabilir. "
+            u"Masaüstünün ayarlarında klavye kısayolları bölümünde, Vexet’in kısayolları arasında onlara "
+            u"birer tuş ata:\n"_s);
+        QCOMPARE(DesktopTexts::desktopShortcutsPlace(),
+            u"Kısayolları masaüstün atar. Değiştirmek için masaüstünün ayarlarında klavye kısayolları "
+            u"bölümünü aç; Vexet’in komutları orada Vexet adıyla listelenir."_s);
+        QCOMPARE(DesktopTexts::bindCommandsYourself(),
+            u"Bu masaüstü, uygulamaların kendi kısayol tuşlarını almasına izin vermez; kısayolları kendisi "
+            u"atar. Masaüstünün ayarlarında klavye kısayolları bölümünde şu komutlara birer tuş ata:\n"
+            u"Alan seçerek yakala: vexet --capture region\n"
+            u"Pencere yakala: vexet --capture window\n"
+            u"Ekranı yakala: vexet --capture screen\n"
+            u"Video kaydı başlat / durdur: vexet --capture video\n"
+            u"Komutlar Vexet kapalıyken onu da başlatır; Ayarlar penceresinden kopyalanabilir."_s);
+    }
+
     void noTextNamesAnotherSystemsPlaces()
     {
         for (const bool wayland : { false, true }) {
             for (const bool tray : { false, true }) {
                 const DesktopFacts facts { wayland, tray };
                 for (const QString& text : { DesktopTexts::howToCapture(facts), DesktopTexts::privacy(facts),
-                         DesktopTexts::shortcutFailuresLead(facts), DesktopTexts::screenshotPermission() }) {
+                         DesktopTexts::shortcutFailuresLead(facts), DesktopTexts::screenshotPermission(),
+                         DesktopTexts::unboundCommandsLead(), DesktopTexts::desktopShortcutsPlace(),
+                         DesktopTexts::bindCommandsYourself() }) {
                     QVERIFY2(!text.contains(u"macOS"_s), qPrintable(text));
                     QVERIFY2(!text.contains(u"enü çubu"_s), qPrintable(text));
                     QVERIFY2(!text.contains(u"Sistem Ayarları"_s), qPrintable(text));

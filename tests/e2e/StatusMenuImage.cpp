@@ -1,5 +1,6 @@
 #include "StatusMenuImage.h"
 
+#include "Preferences.h"
 #include "StatusMenu.h"
 
 #include <QMenu>
@@ -8,7 +9,8 @@ using namespace Qt::StringLiterals;
 
 QImage StatusMenuImage::render(Preferences& preferences, bool fiveSpaces)
 {
-    std::unique_ptr<QMenu> menu(StatusMenu::build(preferences, {}));
+    std::unique_ptr<QMenu> menu(StatusMenu::build(
+        [&preferences](CaptureMode mode) { return preferences.shortcut(mode).display(); }, {}));
     if (!fiveSpaces) {
         const QList<QAction*> items = menu->actions();
         for (QAction* item : items)

@@ -78,7 +78,8 @@ class TestHotKeysEndToEnd : public QObject {
         SettingsController layout(hotKeys, preferences);
         layout.show();
         QVERIFY(QTest::qWaitForWindowExposed(&layout));
-        const QRect inWindow = layout.recorder(mode)->geometry();
+        const QWidget* recorder = layout.recorder(mode);
+        const QRect inWindow(recorder->mapTo(&layout, QPoint(0, 0)), recorder->size());
         layout.hide();
         const QRect window = m_probe.windows().rootGeometry(settingsWindow).value_or(QRect());
         QVERIFY(window.isValid());

@@ -110,7 +110,9 @@ private Q_SLOTS:
         QCOMPARE(m_settings->size(), QSize(610, 555));
         QStringList texts;
         QList<QLabel*> labels = m_settings->findChildren<QLabel*>();
-        std::sort(labels.begin(), labels.end(), [](QLabel* a, QLabel* b) { return a->y() < b->y(); });
+        const auto top
+            = [this](const QLabel* label) { return label->mapTo(m_settings.get(), QPoint(0, 0)).y(); };
+        std::sort(labels.begin(), labels.end(), [&top](QLabel* a, QLabel* b) { return top(a) < top(b); });
         for (QLabel* label : labels)
             texts << label->text();
         QCOMPARE(texts,

@@ -2,8 +2,10 @@
 
 #include "CaptureServiceInterface.h"
 #include "HotKeysInterface.h"
+#include "Preferences.h"
 #include "VideoSideInterface.h"
 
+#include <QHash>
 #include <QList>
 
 // Stand-ins for the application's neighbours, recording what the application asks of them.
@@ -24,8 +26,11 @@ public:
     int terminations = 0;
 };
 
+// A registry whose answers the test gives: at once where the program binds, or later through
+// answer() like a desktop.
 class FakeHotKeys : public HotKeysInterface {
 public:
+    ShortcutBinder binder() const override { return binderNow; }
     int registerShortcut(const Shortcut&, CaptureMode) override { return 0; }
     void suspend() override { }
     QStringList resume() override
@@ -33,9 +38,31 @@ public:
         ++resumes;
         return failures;
     }
+    bool settled() const override { return isSettled; }
+    // The stored combination when preferences are given, as where the program binds.
+    QString label(CaptureMode mode) const override
+    {
+        return preferences ? preferences->shortcut(mode).display() : labels.value(mode);
+    }
+    bool canConfigure() const override { return configurable; }
+    void configure() override { ++configures; }
 
+    // The desktop answers (or changes its mind): labels and binder as given now.
+    void answer()
+    {
+        isSettled = true;
+        if (onChanged)
+            onChanged();
+    }
+
+    ShortcutBinder binderNow = ShortcutBinder::program;
+    bool isSettled = true;
+    const Preferences* preferences = nullptr;
+    QHash<CaptureMode, QString> labels;
+    bool configurable = false;
     QStringList failures;
     int resumes = 0;
+    int configures = 0;
 };
 
 class FakeVideoSide : public VideoSideInterface {

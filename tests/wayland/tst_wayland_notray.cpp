@@ -101,8 +101,8 @@ private Q_SLOTS:
         for (const QLabel* label : about->findChildren<QLabel*>())
             texts.append(label->text());
         QVERIFY(
-            texts.contains(u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını Ayarlar’dan "
-                           u"değiştir; önizlemede kırp, kopyala ve kaydet."_s));
+            texts.contains(u"Vexet penceresinden alan, pencere veya ekran yakala. Kısayollarını masaüstünün "
+                           u"klavye ayarlarında ata; önizlemede kırp, kopyala ve kaydet."_s));
         QVERIFY(
             texts.contains(u"Görüntüler cihazında işlenir; Vexet sunucuya veri göndermez. Ekran resimlerini "
                            u"masaüstünün ekran görüntüsü kapısından ister; masaüstün ilk çekimde izin "

@@ -74,6 +74,15 @@ X11GlobalKeys::ModifierBits X11GlobalKeys::modifierBits() const
     return bits;
 }
 
+void X11GlobalKeys::bind(const QList<Request>& requests)
+{
+    QList<Binding> bindings;
+    for (const Request& request : requests)
+        bindings.append({ request.id, grab(request.keyCode, request.modifiers, request.id), {} });
+    if (onBound)
+        onBound(bindings);
+}
+
 QList<uint16_t> X11GlobalKeys::lockVariants(const ModifierBits& bits) const
 {
     return { 0, XCB_MOD_MASK_LOCK, bits.numLock, static_cast<uint16_t>(XCB_MOD_MASK_LOCK | bits.numLock) };

@@ -16,8 +16,15 @@ public:
     X11GlobalKeys(xcb_connection_t* connection, xcb_window_t root);
     ~X11GlobalKeys() override;
 
-    int grab(quint32 keyCode, quint32 modifiers, int id) override;
-    void ungrab(int id) override;
+    ShortcutBinder binder() const override { return ShortcutBinder::program; }
+    // Grabs each combination in turn and answers at once.
+    void bind(const QList<Request>& requests) override;
+    void release(int id) override { ungrab(id); }
+
+    // Grabs the combination of a portable key code and a modifier mask (the Shortcut encoding)
+    // for id. 0 on success; otherwise a negative status and nothing is left grabbed for id.
+    int grab(quint32 keyCode, quint32 modifiers, int id);
+    void ungrab(int id);
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
