@@ -86,7 +86,9 @@ void PortalRequest::subscribe(const QString& requestPath)
 {
     unsubscribe();
     m_requestPath = requestPath;
-    m_subscribed = m_bus.connect(service, m_requestPath, requestInterface, u"Response"_s, this,
+    // Matched by the path alone, which is this request's own: a match on the portal's well-known
+    // name would drop an answer that comes before Qt has learned the name's owner.
+    m_subscribed = m_bus.connect(QString(), m_requestPath, requestInterface, u"Response"_s, this,
         SLOT(handleResponse(uint, QVariantMap)));
 }
 
@@ -94,7 +96,7 @@ void PortalRequest::unsubscribe()
 {
     if (!m_subscribed)
         return;
-    m_bus.disconnect(service, m_requestPath, requestInterface, u"Response"_s, this,
+    m_bus.disconnect(QString(), m_requestPath, requestInterface, u"Response"_s, this,
         SLOT(handleResponse(uint, QVariantMap)));
     m_subscribed = false;
 }
