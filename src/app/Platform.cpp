@@ -1,5 +1,6 @@
 #include "Platform.h"
 
+#include "PortalGlobalKeys.h"
 #include "WaylandPointerScreen.h"
 #include "WaylandScreenCapturePermission.h"
 #include "X11GlobalKeys.h"
@@ -29,6 +30,7 @@ Platform::Platform(QApplication& application)
     if (m_wayland) {
         m_permission = std::make_unique<WaylandScreenCapturePermission>();
         m_pointer = std::make_unique<WaylandPointerScreen>();
+        m_globalKeys = std::make_unique<PortalGlobalKeys>();
         return;
     }
     m_permission = std::make_unique<X11ScreenCapturePermission>();

@@ -25,7 +25,8 @@ public:
     bool isWayland() const { return m_wayland; }
     ScreenCapturePermission& permission() const { return *m_permission; }
     const PointerScreen& pointer() const { return *m_pointer; }
-    // None where the program cannot take keys for the whole desktop itself.
+    // The program's own grabs on X11, the desktop's GlobalShortcuts portal on Wayland; none on an X
+    // server that Qt does not reach natively.
     GlobalKeys* globalKeys() const { return m_globalKeys.get(); }
     // None where recording is not there yet.
     RecordingDesktopInterface* recordingDesktop() const { return m_recordingDesktop.get(); }

@@ -61,3 +61,17 @@ void PatternDesktop::hide()
     m_first->hide();
     m_second->hide();
 }
+
+bool PatternDesktop::equalBesidesPointer(const QImage& actual, const QImage& expected, QPoint pointer)
+{
+    if (actual.size() != expected.size())
+        return false;
+    const QRect skipped(pointer - QPoint(pointerBox, pointerBox), QSize(2 * pointerBox, 2 * pointerBox));
+    for (int y = 0; y < expected.height(); ++y) {
+        for (int x = 0; x < expected.width(); ++x) {
+            if (!skipped.contains(x, y) && actual.pixel(x, y) != expected.pixel(x, y))
+                return false;
+        }
+    }
+    return true;
+}

@@ -23,6 +23,11 @@ public:
     // scale its output had when the window came onto it.
     void renew();
 
+    // Half the side of the square around the pointer that the desktop's pictures draw the pointer in.
+    static constexpr int pointerBox = 48;
+    // Two pictures agree except in that square around the pointer.
+    static bool equalBesidesPointer(const QImage& actual, const QImage& expected, QPoint pointer);
+
     DevicePattern* window(int output) const { return output == 0 ? m_first.get() : m_second.get(); }
     // The pixels shown on the first (0) or second (1) output, in its device pixels.
     QImage expected(int output) const;

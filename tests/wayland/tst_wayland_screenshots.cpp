@@ -24,7 +24,6 @@ class TestWaylandScreenshots : public QObject {
 
     static constexpr int timeoutMs = 30000;
     // Around the pointer, which the compositor draws into its pictures.
-    static constexpr int pointerBox = 48;
 
     struct Outcome {
         int exitCode = -1;
@@ -90,21 +89,6 @@ class TestWaylandScreenshots : public QObject {
         QVERIFY2(pictures.entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty(),
             qPrintable(pictures.entryList().join(u' ')));
         QVERIFY(QDir(qEnvironmentVariable("XDG_RUNTIME_DIR")).entryList({ u"Vexet-*"_s }).isEmpty());
-    }
-
-    // Two pictures agree except in a square around a point.
-    static bool equalBesides(const QImage& actual, const QImage& expected, const QPoint& point)
-    {
-        if (actual.size() != expected.size())
-            return false;
-        const QRect skipped(point - QPoint(pointerBox, pointerBox), QSize(2 * pointerBox, 2 * pointerBox));
-        for (int y = 0; y < expected.height(); ++y) {
-            for (int x = 0; x < expected.width(); ++x) {
-                if (!skipped.contains(x, y) && actual.pixel(x, y) != expected.pixel(x, y))
-                    return false;
-            }
-        }
-        return true;
     }
 
     // The share of pixels whose channels all lie within 8 levels of the expected ones.
@@ -177,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(run({ u"-x"_s, u"-t"_s, u"png"_s, path }).exitCode, 0);
         const QImage image = written(path);
         QCOMPARE(image.size(), QSize(1280, 1024));
-        QVERIFY(equalBesides(image, m_patterns.expected(1), QPoint(300, 700)));
+        QVERIFY(PatternDesktop::equalBesidesPointer(image, m_patterns.expected(1), QPoint(300, 700)));
     }
 
     void anAreaDraggedOnEitherMonitorGivesThosePixels_data()
