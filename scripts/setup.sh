@@ -38,12 +38,14 @@ packages=(
     # the virtual desktop and the tests
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils x11-utils xauth openbox trayer
     dbus dbus-bin pulseaudio pulseaudio-utils xdotool xclip gstreamer1.0-tools libclang-rt-14-dev
-    desktop-file-utils libx11-dev libxkbcommon-dev
+    desktop-file-utils appstream libx11-dev libxkbcommon-dev at-spi2-core
     # the Wayland desktop of the tests
     sway xdg-desktop-portal xdg-desktop-portal-wlr xdg-desktop-portal-gtk pipewire pipewire-bin
     pipewire-pulse wireplumber gstreamer1.0-pipewire grim wtype wayvnc wl-clipboard qt6-wayland jq
     # the recording benchmark compares with ffmpeg
     ffmpeg
+    # the Debian package (dpkg-buildpackage and its checks; tests/install/check-package.sh)
+    debhelper lintian
 )
 
 missing=()

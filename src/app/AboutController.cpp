@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QVersionNumber>
 
 using namespace Qt::StringLiterals;
 
@@ -15,6 +16,12 @@ QIcon AboutController::icon(const QString& resource)
 {
     QIcon named(resource);
     return named.isNull() ? QApplication::windowIcon() : named;
+}
+
+QString AboutController::versionLine(const QString& version)
+{
+    const QVersionNumber number = QVersionNumber::fromString(version);
+    return u"Versiyon: v%1.%2 — Video Kaydı"_s.arg(number.majorVersion()).arg(number.minorVersion());
 }
 
 AboutController::AboutController(bool firstLaunch, const DesktopFacts& desktop, QWidget* parent)
@@ -31,6 +38,7 @@ AboutController::AboutController(bool firstLaunch, const DesktopFacts& desktop, 
     m_icon->setFixedSize(iconSize, iconSize);
     m_icon->setPixmap(icon(u":/icons/AppIcon.svg"_s).pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
     m_icon->setScaledContents(true);
+    m_icon->setAccessibleName(u"Vexet simgesi"_s);
     stack->addWidget(m_icon, 0, Qt::AlignLeft);
 
     const QFont body = WindowHelpers::systemFont(13);
@@ -40,7 +48,7 @@ AboutController::AboutController(bool firstLaunch, const DesktopFacts& desktop, 
         { u"Program Yaratıcısı: Vexet ekibi"_s, body },
         { u"Sürüm: Ömür Boyu Ücretsiz"_s, body },
         { u"İletişim: projenin hata ve öneri takipçisi (Issues sayfası)"_s, body },
-        { u"Versiyon: v1.2 — Video Kaydı"_s, body },
+        { versionLine(QStringLiteral(VEXET_VERSION)), body },
         { u"Tamamen ücretsiz ekran görüntüsü ve video kaydı uygulaması. Reklam, abonelik, hesap veya "
           u"uygulama "
           u"içi satın alma yok."_s,

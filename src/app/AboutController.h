@@ -25,6 +25,8 @@ public:
 
     // The image of the given resource, or the application's icon when there is none.
     static QIcon icon(const QString& resource);
+    // The row that names the version: its major and minor number, "v1.2" for 1.2.0.
+    static QString versionLine(const QString& version);
 
     QLabel* iconView() const { return m_icon; }
     QPushButton* dismissButton() const { return m_button; }

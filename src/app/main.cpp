@@ -1,3 +1,4 @@
+#include "AccessibleRoles.h"
 #include "AppDelegate.h"
 #include "CaptureService.h"
 #include "DBusFileReveal.h"
@@ -34,6 +35,8 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(VEXET_VERSION));
     QApplication::setDesktopFileName(u"vexet"_s);
     QApplication::setWindowIcon(QIcon(u":/icons/AppIcon.svg"_s));
+    // Screen readers see the program's windows as windows (before the first one is made).
+    AccessibleRoles::install();
 
     // Every text of the program is Turkish, so Qt's own dialog texts are too.
     const QLocale turkish(QLocale::Turkish, QLocale::Turkey);

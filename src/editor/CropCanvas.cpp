@@ -1,5 +1,6 @@
 #include "CropCanvas.h"
 
+#include "AccessibleRoles.h"
 #include "CropGeometry.h"
 
 #include <QKeyEvent>
@@ -7,23 +8,30 @@
 #include <QPainter>
 #include <QPainterPath>
 
+using namespace Qt::StringLiterals;
+
 CropCanvas::CropCanvas(QWidget* parent)
     : QWidget(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    AccessibleRoles::assign(staticMetaObject, QAccessible::Canvas);
+    setAccessibleName(u"Kırpılacak resim"_s);
+    describe();
 }
 
 void CropCanvas::setImage(const QImage& image)
 {
     m_image = image;
     update();
+    describe();
 }
 
 void CropCanvas::clearSelection()
 {
     m_selection.clear();
     update();
+    describe();
 }
 
 QRectF CropCanvas::imageRect() const
@@ -125,6 +133,29 @@ void CropCanvas::resizeEvent(QResizeEvent* event)
 
 void CropCanvas::reportSelection(bool usable)
 {
+    describe();
     if (onSelection)
         onSelection(usable);
+}
+
+void CropCanvas::describe()
+{
+    if (m_image.isNull()) {
+        setAccessibleDescription(u"Resim yok."_s);
+        return;
+    }
+    const QString image = u"Resim %1 × %2 piksel; "_s.arg(m_image.width()).arg(m_image.height());
+    const std::optional<QRect> pixels
+        = CropGeometry::pixelRect(m_selection.rect(), imageRect(), m_image.size());
+    if (pixels) {
+        setAccessibleDescription(image
+            + u"seçili alan %1 × %2 piksel, sol üst köşesi %3, %4."_s.arg(pixels->width())
+                  .arg(pixels->height())
+                  .arg(pixels->x())
+                  .arg(pixels->y()));
+    } else if (!m_selection.rect().isEmpty()) {
+        setAccessibleDescription(image + u"seçim kırpmak için çok küçük."_s);
+    } else {
+        setAccessibleDescription(image + u"seçim yok."_s);
+    }
 }

@@ -46,6 +46,8 @@ protected:
 
 private:
     void reportSelection(bool usable);
+    // Tells assistive technology the image's size and the selection in the image's own pixels.
+    void describe();
 
     QImage m_image;
     CropSelection m_selection;

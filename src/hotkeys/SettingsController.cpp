@@ -195,6 +195,10 @@ ShortcutRecorder* SettingsController::makeRecorder(CaptureMode mode)
 {
     auto* recorder = new ShortcutRecorder(m_preferences.shortcut(mode), m_shortcuts);
     recorder->setFixedWidth(295);
+    // Its title is the combination; the row's label says which capture it belongs to.
+    recorder->setAccessibleDescription(
+        u"%1 kısayolu. Değiştirmek için tıkla, ardından yeni tuş birleşimine bas."_s.arg(
+            CaptureModes::title(mode)));
     QPointer<SettingsController> self(this);
     recorder->onBegin = [self, recorder] {
         if (!self)

@@ -1,5 +1,8 @@
 #include "RegionSelectionWindow.h"
 
+#include "RegionSelectionAccessible.h"
+
+#include <QAccessible>
 #include <QEnterEvent>
 #include <QFontMetricsF>
 #include <QGuiApplication>
@@ -40,6 +43,7 @@ RegionSelectionWindow::RegionSelectionWindow(const QImage& picture, const Region
     , m_dimmed(m_picture)
     , m_look(look)
 {
+    RegionSelectionAccessible::install();
     if (m_dimmed.isNull())
         return;
     QPainter painter(&m_dimmed);
@@ -53,6 +57,16 @@ void RegionSelectionWindow::setLit(const QRect& pixels)
     const QRect before = dirtyRect(m_lit);
     m_lit = pixels;
     update(QRegion(before) | dirtyRect(m_lit));
+    // The description names the lit part.
+    if (QAccessible::isActive()) {
+        QAccessibleEvent changed(this, QAccessible::DescriptionChanged);
+        QAccessible::updateAccessibility(&changed);
+    }
+}
+
+QAccessibleInterface* RegionSelectionWindow::accessibleRoot() const
+{
+    return QAccessible::queryAccessibleInterface(const_cast<RegionSelectionWindow*>(this));
 }
 
 QPointF RegionSelectionWindow::toPixels(const QPointF& position) const

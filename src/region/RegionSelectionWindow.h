@@ -21,9 +21,13 @@ public:
     RegionSelectionWindow(const QImage& picture, const RegionSelectionLook& look);
 
     const QImage& picture() const { return m_picture; }
+    const RegionSelectionLook& look() const { return m_look; }
     // The part shown undimmed; an empty rectangle for none.
     void setLit(const QRect& pixels);
     QRect lit() const { return m_lit; }
+
+    // The window's object for assistive technology (RegionSelectionAccessible).
+    QAccessibleInterface* accessibleRoot() const override;
 
 Q_SIGNALS:
     void exposed();

@@ -55,7 +55,7 @@ private Q_SLOTS:
             u"Program Yaratıcısı: Vexet ekibi"_s,
             u"Sürüm: Ömür Boyu Ücretsiz"_s,
             u"İletişim: projenin hata ve öneri takipçisi (Issues sayfası)"_s,
-            u"Versiyon: v1.2 — Video Kaydı"_s,
+            AboutController::versionLine(QStringLiteral(VEXET_VERSION)),
             u"Tamamen ücretsiz ekran görüntüsü ve video kaydı uygulaması. Reklam, abonelik, hesap veya "
             u"uygulama "
             u"içi satın alma yok."_s,
@@ -82,6 +82,12 @@ private Q_SLOTS:
         QVERIFY(labels.last()->height() > labels[3]->height()); // the long texts wrap
         QCOMPARE(window.dismissButton()->y() - previousBottom - 1, 14);
         QVERIFY(window.dismissButton()->geometry().bottom() < 745 - 24);
+    }
+
+    void theVersionRowNamesTheMajorAndMinorVersion()
+    {
+        QCOMPARE(AboutController::versionLine(u"1.2.0"_s), u"Versiyon: v1.2 — Video Kaydı"_s);
+        QCOMPARE(AboutController::versionLine(u"2.10.3"_s), u"Versiyon: v2.10 — Video Kaydı"_s);
     }
 
     void onAWaylandDesktopWithoutATrayTheTextsSaySo()

@@ -121,7 +121,7 @@ private Q_SLOTS:
     void usageAndVersion()
     {
         QCOMPARE(CommandLine::usage(), usageLine);
-        QCOMPARE(CommandLine::versionText(u"1.2.0"_s), u"Vexet 1.2.0\n"_s);
+        QCOMPARE(CommandLine::versionText(u"0.9.1~rc2"_s), u"Vexet 0.9.1~rc2\n"_s);
     }
 
     void helpNamesEveryCommandAndWhereToBindIt()

@@ -40,6 +40,19 @@ for mode in region window screen video; do
     check "the $mode action runs vexet --capture $mode" \
         "action capture-$mode | grep -qx 'Exec=vexet --capture $mode'"
 done
+metainfo=$(find "$root$prefix/share/metainfo" -name '*.metainfo.xml' 2>/dev/null)
+check "one AppStream metainfo file is installed" "[[ \$(wc -l <<<'$metainfo') == 1 && -f '$metainfo' ]]"
+check "the metainfo launches the desktop entry" \
+    "grep -qF '<launchable type=\"desktop-id\">vexet.desktop</launchable>' '$metainfo'"
+check "the metainfo's release is the program's version" "grep -qF '<release version=\"$version\"' '$metainfo'"
+for binary in vexet vexet-capture; do
+    check "the metainfo provides $binary" "grep -qF '<binary>$binary</binary>' '$metainfo'"
+    check "the manual page of $binary is in section 1" "[[ -f '$root$prefix/share/man/man1/$binary.1' ]]"
+done
+if command -v appstreamcli >/dev/null; then
+    # Offline: the project's web address is not published yet (resources/CMakeLists.txt).
+    check "appstreamcli validate accepts the metainfo" "appstreamcli validate --no-net '$metainfo'"
+fi
 check "starting with the session is not installed by default" "[[ ! -e '$root$sysconf/xdg/autostart/vexet.desktop' ]]"
 
 DESTDIR=$root cmake --install "$build" --component autostart >/dev/null
