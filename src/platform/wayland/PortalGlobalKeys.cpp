@@ -19,9 +19,9 @@ const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
 
 QString pathOf(const QVariant& value)
 {
-    return value.canConvert<QDBusObjectPath>() && value.metaType() == QMetaType::fromType<QDBusObjectPath>()
-        ? value.value<QDBusObjectPath>().path()
-        : value.toString();
+    // The session handle comes as an object path from some portals and as a string from others.
+    return value.metaType() == QMetaType::fromType<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
+                                                                      : value.toString();
 }
 
 } // namespace
