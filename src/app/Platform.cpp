@@ -1,6 +1,7 @@
 #include "Platform.h"
 
 #include "PortalGlobalKeys.h"
+#include "PortalVideoDesktop.h"
 #include "WaylandPointerScreen.h"
 #include "WaylandScreenCapturePermission.h"
 #include "X11GlobalKeys.h"
@@ -24,13 +25,14 @@ void Platform::prepare()
         qputenv("QT_QPA_PLATFORM", "wayland");
 }
 
-Platform::Platform(QApplication& application)
+Platform::Platform(QApplication& application, QSettings& store)
     : m_wayland(isWaylandSession())
 {
     if (m_wayland) {
         m_permission = std::make_unique<WaylandScreenCapturePermission>();
         m_pointer = std::make_unique<WaylandPointerScreen>();
         m_globalKeys = std::make_unique<PortalGlobalKeys>();
+        m_portalVideo = std::make_unique<PortalVideoDesktop>(store);
         return;
     }
     m_permission = std::make_unique<X11ScreenCapturePermission>();
@@ -45,3 +47,17 @@ Platform::Platform(QApplication& application)
 }
 
 Platform::~Platform() = default;
+
+RecordingDesktopInterface* Platform::recordingDesktop() const
+{
+    if (m_portalVideo)
+        return m_portalVideo.get();
+    return m_recordingDesktop.get();
+}
+
+VideoSources* Platform::videoSources() const
+{
+    if (m_portalVideo)
+        return m_portalVideo.get();
+    return m_videoSources.get();
+}

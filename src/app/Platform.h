@@ -4,7 +4,9 @@
 
 class GlobalKeys;
 class PointerScreen;
+class PortalVideoDesktop;
 class QApplication;
+class QSettings;
 class RecordingDesktopInterface;
 class ScreenCapturePermission;
 class VideoSources;
@@ -19,7 +21,8 @@ public:
     // Before the application object exists: Qt's own platform follows the session.
     static void prepare();
 
-    explicit Platform(QApplication& application);
+    // store: where the desktop's remembered choices of what to record are kept.
+    Platform(QApplication& application, QSettings& store);
     ~Platform();
 
     bool isWayland() const { return m_wayland; }
@@ -28,9 +31,8 @@ public:
     // The program's own grabs on X11, the desktop's GlobalShortcuts portal on Wayland; none on an X
     // server that Qt does not reach natively.
     GlobalKeys* globalKeys() const { return m_globalKeys.get(); }
-    // None where recording is not there yet.
-    RecordingDesktopInterface* recordingDesktop() const { return m_recordingDesktop.get(); }
-    VideoSources* videoSources() const { return m_videoSources.get(); }
+    RecordingDesktopInterface* recordingDesktop() const;
+    VideoSources* videoSources() const;
 
 private:
     bool m_wayland;
@@ -39,4 +41,6 @@ private:
     std::unique_ptr<GlobalKeys> m_globalKeys;
     std::unique_ptr<RecordingDesktopInterface> m_recordingDesktop;
     std::unique_ptr<VideoSources> m_videoSources;
+    // Both of the above on Wayland: the ScreenCast portal's sessions.
+    std::unique_ptr<PortalVideoDesktop> m_portalVideo;
 };

@@ -46,7 +46,7 @@ int main(int argc, char* argv[])
         QApplication::installTranslator(&qtTexts);
 
     Preferences& preferences = Preferences::shared();
-    const Platform platform(app);
+    const Platform platform(app, preferences.defaults());
     AppDelegate::Services services;
     services.captureService = std::make_unique<CaptureService>(platform.permission(), platform.pointer());
     services.waylandSession = platform.isWayland();
@@ -54,7 +54,10 @@ int main(int argc, char* argv[])
         services.hotKeys = std::make_unique<HotKeys>(*globalKeys, preferences);
 
     DBusFileReveal fileReveal;
-    services.missingVideoRequirements = [] { return GstSupport::missingElements(); };
+    services.missingVideoRequirements = [wayland = platform.isWayland()] {
+        return GstSupport::missingElements(
+            wayland ? CaptureStream::Kind::pipeWire : CaptureStream::Kind::x11Display);
+    };
     if (platform.recordingDesktop() && platform.videoSources()) {
         services.makeVideoController = [&]() -> std::unique_ptr<VideoSideInterface> {
             return std::make_unique<VideoController>(

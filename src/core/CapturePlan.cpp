@@ -7,15 +7,15 @@ namespace {
 
 Result<CaptureArea> display(const VideoDisplay& target, RecordingDesktopInterface& desktop)
 {
-    const std::optional<QRect> geometry = desktop.displayGeometry(target.outputId);
+    const std::optional<QRect> geometry = desktop.displayGeometry(target.sourceId);
     if (!geometry || geometry->isEmpty())
         return videoError(RecordingTexts::displayGone());
-    return CaptureArea { *geometry, 0, QSizeF(geometry->size()) };
+    return CaptureArea { {}, target.sourceId, false, *geometry, *geometry, QSizeF(geometry->size()) };
 }
 
 Result<CaptureArea> region(const VideoRegion& target, RecordingDesktopInterface& desktop)
 {
-    const std::optional<QRect> geometry = desktop.displayGeometry(target.display.outputId);
+    const std::optional<QRect> geometry = desktop.displayGeometry(target.display.sourceId);
     if (!geometry || geometry->isEmpty())
         return videoError(RecordingTexts::displayGone());
     const double scale = target.display.pointPixelScale > 0 ? target.display.pointPixelScale : 1.0;
@@ -24,25 +24,38 @@ Result<CaptureArea> region(const VideoRegion& target, RecordingDesktopInterface&
     if (!clipped)
         return videoError(RecordingTexts::regionInvalid());
     const QRect pixels = RegionClip::pixels(*clipped, scale, geometry->size());
-    return CaptureArea { pixels.translated(geometry->topLeft()), 0, clipped->size() * scale };
+    return CaptureArea { {}, target.display.sourceId, false, pixels.translated(geometry->topLeft()),
+        *geometry, clipped->size() * scale };
 }
 
 Result<CaptureArea> window(const VideoWindow& target, RecordingDesktopInterface& desktop)
 {
     const std::optional<QRect> geometry
-        = target.windowId ? desktop.windowGeometry(target.windowId) : std::nullopt;
+        = target.sourceId ? desktop.windowGeometry(target.sourceId) : std::nullopt;
     if (!geometry || geometry->isEmpty())
         return videoError(RecordingTexts::windowGone());
-    return CaptureArea { *geometry, target.windowId, QSizeF(geometry->size()) };
+    return CaptureArea { {}, target.sourceId, true, *geometry, *geometry, QSizeF(geometry->size()) };
 }
 
-} // namespace
-
-Result<CaptureArea> CapturePlan::resolve(const VideoTarget& target, RecordingDesktopInterface& desktop)
+Result<CaptureArea> located(const VideoTarget& target, RecordingDesktopInterface& desktop)
 {
     if (const auto* d = std::get_if<VideoDisplay>(&target))
         return display(*d, desktop);
     if (const auto* r = std::get_if<VideoRegion>(&target))
         return region(*r, desktop);
     return window(std::get<VideoWindow>(target), desktop);
+}
+
+} // namespace
+
+Result<CaptureArea> CapturePlan::resolve(const VideoTarget& target, RecordingDesktopInterface& desktop)
+{
+    Result<CaptureArea> area = located(target, desktop);
+    if (!area)
+        return area;
+    const std::optional<CaptureStream> stream = desktop.stream(area.value().sourceId);
+    if (!stream)
+        return videoError(area.value().window ? RecordingTexts::windowGone() : RecordingTexts::displayGone());
+    area.value().stream = *stream;
+    return area;
 }

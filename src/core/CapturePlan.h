@@ -9,8 +9,11 @@
 
 // Where a recording takes its pictures from, found again on the desktop just before it starts.
 struct CaptureArea {
-    QRect rootRect; // the root-window pixels to capture; for a window, where it is now
-    quint32 windowId = 0; // the window to capture; 0 for a display or a region
+    CaptureStream stream;
+    quint32 sourceId = 0;
+    bool window = false; // the whole of a window, wherever it is
+    QRect rect; // the pixels to capture, in the capture's pixels; for a window, where it is now
+    QRect bounds; // the display or window the rectangle lies in, in the same pixels
     QSizeF sourcePixels; // the size the frame size is computed from
 
     friend bool operator==(const CaptureArea&, const CaptureArea&) = default;

@@ -59,6 +59,11 @@ QString RecordingTexts::captureFailed()
     return u"Ekran kaydı başlatılamadı."_s;
 }
 
+QString RecordingTexts::sourceEnded()
+{
+    return u"Masaüstü ekran paylaşımını sonlandırdı."_s;
+}
+
 QString RecordingTexts::stopFailed()
 {
     return u"Kayıt durdurulamadı."_s;

@@ -21,6 +21,10 @@ public:
     static QString folderNotWritable(const QString& folder);
     static QString captureFailed();
 
+    // The desktop stopped streaming the source during the recording (its sharing was stopped, the
+    // window closed, the monitor went away).
+    static QString sourceEnded();
+
     // The capture did not end when asked to.
     static QString stopFailed();
 

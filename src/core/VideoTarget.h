@@ -6,12 +6,16 @@
 #include <QtGlobal>
 #include <variant>
 
-// A whole display: a RandR output, as it was when the user chose it.
+// What is to be recorded, as the user chose it. The recorder treats it as opaque: the desktop finds
+// the source again by its id when the recording starts. On X11 the id is a RandR output or an X
+// window; where the desktop chooses itself (a portal's chooser), it is the stream the desktop opened.
+
+// A whole display, as it was when the user chose it.
 struct VideoDisplay {
-    quint32 outputId = 0; // RandR output id; the recorder re-finds the display by it
+    quint32 sourceId = 0;
     QString name;
-    QRect geometry; // in root-window pixels
-    double pointPixelScale = 1.0; // pixels per point; 1 on X11 without scaling
+    QRect geometry; // in the desktop's pixels: root-window pixels on X11, the stream's on Wayland
+    double pointPixelScale = 1.0; // pixels per point; 1 without scaling
 
     friend bool operator==(const VideoDisplay&, const VideoDisplay&) = default;
 };
@@ -24,16 +28,25 @@ struct VideoRegion {
     friend bool operator==(const VideoRegion&, const VideoRegion&) = default;
 };
 
-// One top-level window, identified by its X window id; the rest describes it for the user.
+// One top-level window; the rest describes it for the user.
 struct VideoWindow {
-    quint32 windowId = 0;
+    quint32 sourceId = 0;
     QString appName; // WM_CLASS class
     QString title;
-    QRect geometry; // in root-window pixels when it was chosen
+    QRect geometry; // in the desktop's pixels when it was chosen
     quint32 pid = 0; // _NET_WM_PID, 0 when unknown
 
     friend bool operator==(const VideoWindow&, const VideoWindow&) = default;
 };
 
-// What is to be recorded. The recorder switches over it and re-finds it when it starts.
 using VideoTarget = std::variant<VideoDisplay, VideoRegion, VideoWindow>;
+
+// The id the desktop knows the target's source by.
+inline quint32 sourceIdOf(const VideoTarget& target)
+{
+    if (const auto* display = std::get_if<VideoDisplay>(&target))
+        return display->sourceId;
+    if (const auto* region = std::get_if<VideoRegion>(&target))
+        return region->display.sourceId;
+    return std::get<VideoWindow>(target).sourceId;
+}

@@ -26,13 +26,13 @@ std::optional<QString> internalName(GstDevice* device)
     return QString::fromUtf8(owned.get());
 }
 
-} // namespace
-
-std::optional<QString> AudioDevices::defaultMicrophone()
+// The default device of the class, with its properties.
+std::optional<std::pair<GstObjectPtr<GstDevice>, std::unique_ptr<GstStructure, StructureFree>>> defaultDevice(
+    const char* deviceClass)
 {
     GstSupport::ensureInitialized();
     GstObjectPtr<GstDeviceMonitor> monitor(gst_device_monitor_new());
-    gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+    gst_device_monitor_add_filter(monitor.get(), deviceClass, nullptr);
     // Only a started monitor knows which device is the default one.
     if (!gst_device_monitor_start(monitor.get()))
         return std::nullopt;
@@ -46,10 +46,31 @@ std::optional<QString> AudioDevices::defaultMicrophone()
         gboolean isDefault = FALSE;
         if (!gst_structure_get_boolean(properties.get(), "is-default", &isDefault) || !isDefault)
             continue;
-        const gchar* deviceClass = gst_structure_get_string(properties.get(), "device.class");
-        if (deviceClass && g_str_equal(deviceClass, "monitor"))
-            return std::nullopt;
-        return internalName(device);
+        return std::pair(GstObjectPtr<GstDevice>(GST_DEVICE(gst_object_ref(device))), std::move(properties));
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<QString> AudioDevices::defaultMicrophone()
+{
+    const auto found = defaultDevice("Audio/Source");
+    if (!found)
+        return std::nullopt;
+    const gchar* deviceClass = gst_structure_get_string(found->second.get(), "device.class");
+    if (deviceClass && g_str_equal(deviceClass, "monitor"))
+        return std::nullopt;
+    return internalName(found->first.get());
+}
+
+std::optional<QString> AudioDevices::defaultOutputMonitor()
+{
+    // A PulseAudio sink's monitor source carries the sink's name. "@DEFAULT_MONITOR@" says the same
+    // to PulseAudio itself, but PipeWire's pulse server takes it for the default input.
+    const auto found = defaultDevice("Audio/Sink");
+    const std::optional<QString> sink = found ? internalName(found->first.get()) : std::nullopt;
+    if (!sink)
+        return std::nullopt;
+    return *sink + QStringLiteral(".monitor");
 }

@@ -9,4 +9,7 @@ public:
     // The name of the default input device when it is a real input: not the monitor of an output
     // (which would record the speakers, not a microphone). Nothing when there is no such device.
     static std::optional<QString> defaultMicrophone();
+    // The monitor of the default output device: what the speakers play. Nothing when there is no
+    // default output.
+    static std::optional<QString> defaultOutputMonitor();
 };

@@ -18,6 +18,7 @@ struct CaptureRequest {
     VideoOptions::Size frameSize;
     QString stagingPath; // created empty by the recorder
     QString microphone; // input device name; used only with options.microphone
+    QString systemAudio; // the default output's monitor; empty: the sound server's own default monitor
     QString speedPreset = QStringLiteral("superfast"); // the encoder's speed preset
 };
 

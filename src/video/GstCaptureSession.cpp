@@ -16,6 +16,8 @@ constexpr int stopDeadlineMs = 15000;
 // After a failure the end of the file is worth a short wait, not a long one.
 constexpr int shutDownDeadlineMs = 3000;
 constexpr gint64 syncIntervalUs = 1000000;
+// Far longer than a desktop's stream is ever quiet: it repeats its last frame every keepAliveMs.
+constexpr gint64 silentStreamUs = 3000000;
 
 GstElementPtr element(GstElement* pipeline, const char* name)
 {
@@ -31,6 +33,18 @@ GstCaptureSession::GstCaptureSession(
     , m_desktop(desktop)
 {
     m_deadline.setSingleShot(true);
+    // A desktop's stream repeats its last frame while the screen stands still; one that has sent
+    // frames and then sends nothing for a while has been stopped without a word (its PipeWire node
+    // went away). Before its first frame it may rightly wait: wlroots' desktops send the first one
+    // only once something on the screen changes.
+    m_watchdog.setInterval(silentStreamUs / 1000 / 4);
+    connect(&m_watchdog, &QTimer::timeout, this, [this] {
+        const gint64 last = m_lastFrame;
+        if (m_phase != Phase::Running)
+            m_watchdog.stop();
+        else if (last != 0 && g_get_monotonic_time() - last > silentStreamUs)
+            onSourceError(true, RecordingTexts::sourceEnded());
+    });
 }
 
 GstCaptureSession::~GstCaptureSession()
@@ -54,9 +68,8 @@ std::optional<Error> GstCaptureSession::prepare()
     if (std::optional<Error> error = build())
         return error;
     m_syncFile = ::open(QFile::encodeName(m_request.stagingPath).constData(), O_RDONLY | O_CLOEXEC);
-    // The capture's display connection is Xlib's; its errors must not end the process.
-    m_errorWatch = m_desktop.watchCaptureErrors(m_request.area.windowId,
-        [this](bool windowLost, const QString& description) { onDisplayError(windowLost, description); });
+    m_errorWatch = m_desktop.watchCapture(m_request.area.sourceId, m_request.area.window,
+        [this](bool sourceLost, const QString& description) { onSourceError(sourceLost, description); });
     if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_READY)))
         return error;
     m_phase = Phase::Prepared;
@@ -79,14 +92,21 @@ std::optional<Error> GstCaptureSession::build()
     gst_pipeline_use_clock(reinterpret_cast<GstPipeline*>(m_pipeline.get()), clock.get());
     g_object_set(asGObject(element(m_pipeline.get(), RecordingPipeline::fileSink).get()), "location",
         QFile::encodeName(m_request.stagingPath).constData(), nullptr);
-    const QString displayName = m_desktop.displayName();
-    if (!displayName.isEmpty()) {
-        g_object_set(asGObject(element(m_pipeline.get(), RecordingPipeline::videoSource).get()),
-            "display-name", displayName.toLocal8Bit().constData(), nullptr);
+    const CaptureStream& stream = m_request.area.stream;
+    GstElementPtr videoSource = element(m_pipeline.get(), RecordingPipeline::videoSource);
+    if (stream.kind == CaptureStream::Kind::pipeWire) {
+        // The source connects through its own copy of the desktop's descriptor.
+        g_object_set(asGObject(videoSource.get()), "fd", stream.pipeWireRemote, "path",
+            QByteArray::number(stream.node).constData(), nullptr);
+    } else if (!stream.displayName.isEmpty()) {
+        g_object_set(asGObject(videoSource.get()), "display-name",
+            stream.displayName.toLocal8Bit().constData(), nullptr);
     }
     const QList<bool> tracks = RecordingPipeline::audioTracks(m_request.options);
     for (int i = 0; i < tracks.size(); ++i) {
-        const QString device = tracks.at(i) ? u"@DEFAULT_MONITOR@"_s : m_request.microphone;
+        const QString monitor
+            = m_request.systemAudio.isEmpty() ? u"@DEFAULT_MONITOR@"_s : m_request.systemAudio;
+        const QString device = tracks.at(i) ? monitor : m_request.microphone;
         GstElementPtr source
             = element(m_pipeline.get(), RecordingPipeline::audioSource(i).toLatin1().constData());
         if (!device.isEmpty())
@@ -95,17 +115,18 @@ std::optional<Error> GstCaptureSession::build()
     GstBusPtr bus(gst_pipeline_get_bus(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
     gst_bus_set_sync_handler(bus.get(), &GstCaptureSession::onBusMessage, this, nullptr);
     addProbe(RecordingPipeline::videoSource, "src", &GstCaptureSession::onVideoFrame);
+    addProbe(RecordingPipeline::videoSource, "src", &GstCaptureSession::onVideoEvent,
+        GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM);
     addProbe(RecordingPipeline::fileSink, "sink", &GstCaptureSession::onFileData);
     return std::nullopt;
 }
 
-void GstCaptureSession::addProbe(const char* elementName, const char* padName, GstPadProbeCallback callback)
+void GstCaptureSession::addProbe(
+    const char* elementName, const char* padName, GstPadProbeCallback callback, GstPadProbeType type)
 {
     GstElementPtr owner = element(m_pipeline.get(), elementName);
     GstPadPtr pad(gst_element_get_static_pad(owner.get(), padName));
-    gst_pad_add_probe(pad.get(),
-        static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST), callback,
-        this, nullptr);
+    gst_pad_add_probe(pad.get(), type, callback, this, nullptr);
 }
 
 std::optional<Error> GstCaptureSession::start()
@@ -116,18 +137,19 @@ std::optional<Error> GstCaptureSession::start()
         return error;
     // The source found its window when the pipeline was built; one that has closed or been hidden
     // during the countdown would only show up as errors once frames are taken.
-    const quint32 window = m_request.area.windowId;
-    if (window != 0 && !m_desktop.windowGeometry(window))
+    if (m_request.area.window && !m_desktop.windowGeometry(m_request.area.sourceId))
         return videoError(RecordingTexts::windowGone());
     if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING)))
         return error;
     m_phase = Phase::Running;
+    if (m_request.area.stream.kind == CaptureStream::Kind::pipeWire)
+        m_watchdog.start();
     return std::nullopt;
 }
 
 std::optional<Error> GstCaptureSession::errorOfStart(GstStateChangeReturn result)
 {
-    if (m_windowLost)
+    if (m_sourceLost)
         return videoError(RecordingTexts::windowGone());
     {
         std::lock_guard lock(m_errorMutex);
@@ -145,6 +167,7 @@ std::optional<Error> GstCaptureSession::stop()
         return std::nullopt;
     m_stoppedAt = recordedSeconds();
     m_phase = Phase::Stopping;
+    m_endAsked = true;
     if (!gst_element_send_event(m_pipeline.get(), gst_event_new_eos()))
         return videoError(RecordingTexts::stopFailed());
     m_deadline.disconnect();
@@ -161,6 +184,7 @@ void GstCaptureSession::shutDown(std::function<void()> done)
         m_stoppedAt = recordedSeconds();
     const bool wasCapturing = m_phase == Phase::Running || m_phase == Phase::Stopping;
     m_phase = Phase::ShuttingDown;
+    m_endAsked = true;
     m_deadline.disconnect();
     connect(&m_deadline, &QTimer::timeout, this, &GstCaptureSession::endShutDown);
     const bool fileBroken = m_failedElements.contains(QString::fromLatin1(RecordingPipeline::fileSink))
@@ -172,7 +196,11 @@ void GstCaptureSession::shutDown(std::function<void()> done)
     // Let the muxer close its last fragment: end every stream, also those whose source has failed
     // and will not end by itself.
     gst_element_send_event(m_pipeline.get(), gst_event_new_eos());
-    for (const QString& name : std::as_const(m_failedElements)) {
+    QSet<QString> ended = m_failedElements;
+    // A desktop's stream that has stopped leaves its source waiting for frames that never come.
+    if (m_sourceLost)
+        ended.insert(QString::fromLatin1(RecordingPipeline::videoSource));
+    for (const QString& name : std::as_const(ended)) {
         GstElementPtr failed = element(m_pipeline.get(), name.toUtf8().constData());
         GstPadPtr pad(failed ? gst_element_get_static_pad(failed.get(), "src") : nullptr);
         GstPadPtr peer(pad ? gst_pad_get_peer(pad.get()) : nullptr);
@@ -212,6 +240,7 @@ std::optional<double> GstCaptureSession::recordedSeconds() const
 void GstCaptureSession::tearDown()
 {
     m_deadline.stop();
+    m_watchdog.stop();
     if (m_pipeline) {
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
         GstBusPtr bus(gst_pipeline_get_bus(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
@@ -247,7 +276,7 @@ void GstCaptureSession::handleMessage(GstMessage* message)
         if (m_phase == Phase::ShuttingDown) {
             endShutDown();
         } else if (m_phase == Phase::Stopping || m_phase == Phase::Running) {
-            // Normally after a stop; a stream that ends by itself has finished its file all the same.
+            // Normally after a stop; a capture that ends by itself has finished its file all the same.
             m_phase = Phase::Ended;
             tearDown();
             if (onFinished)
@@ -259,13 +288,16 @@ void GstCaptureSession::handleMessage(GstMessage* message)
     }
 }
 
-void GstCaptureSession::onDisplayError(bool windowLost, const QString& description)
+void GstCaptureSession::onSourceError(bool sourceLost, const QString& description)
 {
     // Any thread: only atomics, the locked first error and a queued call.
-    if (windowLost)
-        m_windowLost = true;
-    const Error error
-        = windowLost ? videoError(RecordingTexts::windowGone()) : Error(u"X11"_s, 1, description);
+    if (sourceLost)
+        m_sourceLost = true;
+    const bool x11 = m_request.area.stream.kind == CaptureStream::Kind::x11Display;
+    Error error = Error(x11 ? u"X11"_s : u"PipeWire"_s, 1, description);
+    if (sourceLost)
+        error = videoError(
+            x11 && m_request.area.window ? RecordingTexts::windowGone() : RecordingTexts::sourceEnded());
     {
         std::lock_guard lock(m_errorMutex);
         if (!m_firstError)
@@ -298,8 +330,9 @@ GstBusSyncReply GstCaptureSession::onBusMessage(GstBus*, GstMessage* message, gp
 GstPadProbeReturn GstCaptureSession::onVideoFrame(GstPad*, GstPadProbeInfo* info, gpointer self)
 {
     auto* session = static_cast<GstCaptureSession*>(self);
-    // Once the window is gone the source would repeat its last picture or show the desktop behind.
-    if (session->m_windowLost)
+    session->m_lastFrame = g_get_monotonic_time();
+    // Once the source is lost it would repeat its last picture or show the desktop behind.
+    if (session->m_sourceLost)
         return GST_PAD_PROBE_DROP;
     if (!session->m_firstFrameSeen && (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER)) {
         session->m_firstFrameSeen = true;
@@ -311,6 +344,16 @@ GstPadProbeReturn GstCaptureSession::onVideoFrame(GstPad*, GstPadProbeInfo* info
             GST_BUFFER_DURATION(buffer) += pts;
         GST_BUFFER_PTS(buffer) = 0;
     }
+    return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn GstCaptureSession::onVideoEvent(GstPad*, GstPadProbeInfo* info, gpointer self)
+{
+    auto* session = static_cast<GstCaptureSession*>(self);
+    // A source that ends while nobody asked it to has lost what it records: a desktop's stream was
+    // stopped. The other streams go on until the failure is handled.
+    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS && !session->m_endAsked)
+        session->onSourceError(true, RecordingTexts::sourceEnded());
     return GST_PAD_PROBE_OK;
 }
 

@@ -10,7 +10,8 @@
 
 // A capture made of a GStreamer pipeline (see RecordingPipeline) writing the staging file.
 //
-// Bus messages, the first data reaching the file and errors of the capture's X connection arrive on
+// Bus messages, the first data reaching the file and failures of the source (the capture's X
+// connection, the desktop's stream) arrive on
 // streaming threads; each is handed to the main thread, where this object decides what it means.
 // The staging file is flushed to the disk about once a second, so that a power cut loses only the
 // last fragment.
@@ -34,11 +35,14 @@ private:
 
     static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
     static GstPadProbeReturn onVideoFrame(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static GstPadProbeReturn onVideoEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn onFileData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
 
     std::optional<Error> build();
-    void addProbe(const char* element, const char* pad, GstPadProbeCallback callback);
-    void onDisplayError(bool windowLost, const QString& description);
+    void addProbe(const char* element, const char* pad, GstPadProbeCallback callback,
+        GstPadProbeType type
+        = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST));
+    void onSourceError(bool sourceLost, const QString& description);
     void handleMessage(GstMessage* message);
     void handleFailure(const Error& error);
     std::optional<Error> errorOfStart(GstStateChangeReturn result);
@@ -53,14 +57,17 @@ private:
     std::function<void()> m_shutDownDone;
     QSet<QString> m_failedElements;
     QTimer m_deadline;
+    QTimer m_watchdog;
     std::optional<double> m_stoppedAt;
     int m_syncFile = -1;
 
     // Shared with the streaming threads.
-    std::atomic<bool> m_windowLost { false };
+    std::atomic<bool> m_sourceLost { false };
+    std::atomic<bool> m_endAsked { false };
     std::atomic<bool> m_dataWritten { false };
     bool m_firstFrameSeen = false; // the video source's streaming thread only
     std::atomic<gint64> m_lastSync { 0 };
+    std::atomic<gint64> m_lastFrame { 0 };
     mutable std::mutex m_errorMutex;
     std::optional<Error> m_firstError;
 };

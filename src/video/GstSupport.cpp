@@ -12,12 +12,18 @@ void GstSupport::ensureInitialized()
     std::call_once(once, [] { gst_init(nullptr, nullptr); });
 }
 
-QStringList GstSupport::missingElements()
+QStringList GstSupport::missingElements(CaptureStream::Kind source)
 {
     ensureInitialized();
-    static const char* const needed[] = { "ximagesrc", "videoconvertscale", "x264enc", "h264parse", "mp4mux",
-        "filesink", "pulsesrc", "audioconvert", "audioresample", "avenc_aac", "aacparse", "qtdemux",
-        "filesrc", "avdec_aac", "audiomixer", "audiobuffersplit", "queue", "capsfilter" };
+    QList<const char*> needed = { "videoconvertscale", "x264enc", "h264parse", "mp4mux", "filesink",
+        "pulsesrc", "audioconvert", "audioresample", "avenc_aac", "aacparse", "qtdemux", "filesrc",
+        "avdec_aac", "audiomixer", "audiobuffersplit", "queue", "capsfilter" };
+    if (source == CaptureStream::Kind::pipeWire)
+        needed << "pipewiresrc"
+               << "videorate"
+               << "videocrop";
+    else
+        needed << "ximagesrc";
     QStringList missing;
     for (const char* name : needed) {
         GstObjectPtr<GstElementFactory> factory(gst_element_factory_find(name));

@@ -11,25 +11,57 @@ const auto rawVideoQueue = u"queue max-size-buffers=8 max-size-bytes=0 max-size-
 // Ten seconds: far more than the encoder's delay, so that audio waiting for video never blocks.
 const auto deepQueue = u"queue max-size-buffers=0 max-size-bytes=0 max-size-time=10000000000"_s;
 
-QString videoBranch(const CaptureRequest& request)
+QString x11Source(const CaptureRequest& request)
 {
     QString source = u"ximagesrc name=%1 use-damage=false show-pointer=%2"_s.arg(
         QString::fromLatin1(RecordingPipeline::videoSource), request.options.cursor ? u"true"_s : u"false"_s);
-    const QRect& area = request.area.rootRect;
-    if (request.area.windowId != 0) {
-        source += u" xid=%1"_s.arg(request.area.windowId);
+    const QRect& area = request.area.rect;
+    if (request.area.window) {
+        source += u" xid=%1"_s.arg(request.area.sourceId);
     } else {
         source += u" startx=%1 starty=%2 endx=%3 endy=%4"_s.arg(area.left())
                       .arg(area.top())
                       .arg(area.left() + area.width() - 1)
                       .arg(area.top() + area.height() - 1);
     }
+    return source + u" ! video/x-raw,framerate=%1/1 ! "_s.arg(request.options.fps);
+}
+
+// A desktop's stream sends a frame only when the picture changes, at whatever moments it changes:
+// the source repeats its last frame after a short quiet (so that the end of a still screen is in the
+// file too), and videorate turns what comes into the constant rate, repeating frames where the screen
+// stood still. Frames are copied out of the stream's buffers at once, so that the desktop never waits
+// for them. A region is the display's stream cut down.
+QString pipeWireSource(const CaptureRequest& request)
+{
+    // The desktop is asked for no more frames than the file takes: copying frames that are then
+    // dropped would cost the desktop and this program for nothing.
+    QString source = u"pipewiresrc name=%1 do-timestamp=true always-copy=true keepalive-time=%2"
+                     u" ! video/x-raw,max-framerate=%3/1 ! videorate ! video/x-raw,framerate=%3/1 ! "_s
+                         .arg(QString::fromLatin1(RecordingPipeline::videoSource))
+                         .arg(RecordingPipeline::keepAliveMs)
+                         .arg(request.options.fps);
+    const QRect& rect = request.area.rect;
+    const QRect& bounds = request.area.bounds;
+    if (!request.area.window && rect != bounds) {
+        source += u"videocrop left=%1 top=%2 right=%3 bottom=%4 ! "_s.arg(rect.left() - bounds.left())
+                      .arg(rect.top() - bounds.top())
+                      .arg(bounds.right() - rect.right())
+                      .arg(bounds.bottom() - rect.bottom());
+    }
+    return source;
+}
+
+QString videoBranch(const CaptureRequest& request)
+{
+    const QString source = request.area.stream.kind == CaptureStream::Kind::pipeWire ? pipeWireSource(request)
+                                                                                     : x11Source(request);
     const int fps = request.options.fps;
     // The encoder keeps a constant quality (CRF 23, what x264 itself defaults to). x264enc always bounds
     // constant quality by its bitrate property (2 Mbit/s unless set): that bound is lifted to the highest
     // value, and the level asked of the encoder, which fits the picture size and rate, then sets the real
     // bound and is written into the file, so that players know they can play it.
-    return source + u" ! video/x-raw,framerate=%1/1 ! "_s.arg(fps) + rawVideoQueue
+    return source + rawVideoQueue
         + u" ! videoconvertscale add-borders=true"
           u" ! video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1"
           u" ! x264enc speed-preset=%3 pass=qual quantizer=23 bitrate=2048000 key-int-max=%4 bframes=0 "
@@ -43,10 +75,12 @@ QString videoBranch(const CaptureRequest& request)
 }
 
 // AAC at 128 kbit/s with FFmpeg's fast coder: at this rate it is as good as the default two-loop
-// search and takes about half the time.
+// search and takes about half the time. The sound is read in pieces of 40 ms with half a second in
+// reserve: a sound server without real-time scheduling (PipeWire's, on a busy machine) loses
+// nothing when the program is late for a moment.
 QString audioBranch(int index)
 {
-    return u" pulsesrc name=%1 provide-clock=false client-name=Vexet"
+    return u" pulsesrc name=%1 provide-clock=false client-name=Vexet buffer-time=500000 latency-time=40000"
            u" ! audio/x-raw,rate=48000,channels=2 ! audiorate ! "_s.arg(RecordingPipeline::audioSource(index))
         + deepQueue + u" ! audioconvert ! avenc_aac bitrate=128000 aac-coder=fast ! aacparse ! "_s + deepQueue
         + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));

@@ -11,11 +11,14 @@ public:
     static constexpr const char* videoSource = "video_source";
     static constexpr const char* muxer = "mux";
     static constexpr const char* fileSink = "file";
+    // A desktop's stream that has been quiet for this long repeats its last frame.
+    static constexpr int keepAliveMs = 100;
     // Audio sources are named "audio_source0", "audio_source1", … in track order.
     static QString audioSource(int index);
 
     // ximagesrc (no damage tracking, the pointer as asked, the region by coordinates or the window by
-    // id) → the chosen frame rate → scaled with borders to the frame size → H.264; one AAC track per
+    // id), or pipewiresrc on the desktop's stream made constant-rate and cut to the region, → the
+    // chosen frame rate → scaled with borders to the frame size → H.264; one AAC track per
     // audio option (48 kHz stereo); all into a fragmented MP4 of about one fragment a second. Audio
     // sources never provide the clock, and the audio queues hold far more than the encoder's delay.
     //

@@ -1,13 +1,12 @@
 #include "VideoController.h"
 
 #include "Alert.h"
-#include "Beeper.h"
 #include "FileReveal.h"
 #include "RecordingCancellation.h"
-#include "RegionClip.h"
-#include "RegionSelector.h"
 #include "SleepNotifier.h"
 #include "VideoRecorder.h"
+#include "VideoRegionPicker.h"
+#include "VideoSavePanel.h"
 #include "VideoSourceList.h"
 #include "VideoSources.h"
 #include "WindowHelpers.h"
@@ -15,14 +14,12 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDateTime>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -54,14 +51,9 @@ QComboBox* popup(const QStringList& items, QWidget* parent)
     return box;
 }
 
-QScreen* screenOf(const VideoDisplay& display)
+QString ready()
 {
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    for (QScreen* screen : screens) {
-        if (screen->geometry().topLeft() == display.geometry.topLeft())
-            return screen;
-    }
-    return nullptr;
+    return u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s;
 }
 
 } // namespace
@@ -84,6 +76,8 @@ VideoController::VideoController(std::unique_ptr<VideoRecorder> recorder, VideoS
         if (self)
             self->finished(result);
     };
+    m_regionPicker = new VideoRegionPicker(m_sources, this);
+    connect(m_regionPicker, &VideoRegionPicker::finished, this, &VideoController::regionChosen);
     m_sleep = new SleepNotifier(this);
     connect(m_sleep, &SleepNotifier::willSleep, this, &VideoController::stopRecorder);
     // Leaving the program abandons a region selection.
@@ -141,7 +135,12 @@ void VideoController::buildWindow(const VideoOptions& saved)
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(12);
     m_startButton = WindowHelpers::button(u"Kaydı başlat…"_s, this, [this] { startPressed(); });
-    m_refreshButton = WindowHelpers::button(u"Kaynakları yenile"_s, this, [this] { refresh(); });
+    m_refreshButton = WindowHelpers::button(u"Kaynakları yenile"_s, this, [this] {
+        // Where the desktop chooses, what it remembers is what there is to refresh.
+        if (m_sources.desktopChooses())
+            m_sources.forgetChoices();
+        refresh();
+    });
     buttons->addWidget(m_startButton);
     buttons->addWidget(m_refreshButton);
     buttons->addStretch(1);
@@ -192,6 +191,13 @@ void VideoController::refresh()
     m_refreshButton->setEnabled(false);
     m_info->setText(u"Ekranlar ve pencereler yükleniyor…"_s);
     QTimer::singleShot(0, this, [this] {
+        if (m_sources.desktopChooses()) {
+            m_loading = false;
+            m_refreshButton->setEnabled(true);
+            sourceKindChanged();
+            sourcesReady();
+            return;
+        }
         const Result<QList<VideoDisplay>> displays = m_sources.displays();
         const Result<QList<VideoWindow>> windows = m_sources.windows();
         m_loading = false;
@@ -207,14 +213,25 @@ void VideoController::refresh()
         m_windows = VideoSourceList::offered(
             windows.value(), static_cast<quint32>(QCoreApplication::applicationPid()));
         sourceKindChanged();
-        m_info->setText(u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s);
+        sourcesReady();
     });
+}
+
+void VideoController::sourcesReady()
+{
+    m_info->setText(ready());
+    // The window's main action is the one the keyboard reaches first.
+    if (m_startButton->isEnabled())
+        m_startButton->setFocus();
 }
 
 void VideoController::sourceKindChanged()
 {
     m_source->clear();
-    if (m_kind->currentIndex() == kindWindow) {
+    if (m_sources.desktopChooses()) {
+        const QString remembered = m_sources.rememberedChoice(m_kind->currentIndex() == kindWindow);
+        m_source->addItem(remembered.isEmpty() ? u"Kayıt başlarken masaüstü soracak"_s : remembered);
+    } else if (m_kind->currentIndex() == kindWindow) {
         for (const VideoWindow& window : std::as_const(m_windows))
             m_source->addItem(VideoSourceList::windowTitle(window));
     } else {
@@ -228,6 +245,10 @@ void VideoController::startPressed()
 {
     if (!recorderIdle() || m_selecting || m_sheetOpen || m_loading)
         return;
+    if (m_sources.desktopChooses()) {
+        askDesktop();
+        return;
+    }
     const int index = m_source->currentIndex();
     if (m_kind->currentIndex() == kindWindow) {
         if (index >= 0 && index < m_windows.size())
@@ -242,42 +263,72 @@ void VideoController::startPressed()
         chooseDestination(m_displays[index]);
 }
 
+void VideoController::askDesktop()
+{
+    m_loading = true;
+    m_startButton->setEnabled(false);
+    m_refreshButton->setEnabled(false);
+    m_info->setText(u"Masaüstü kaydedilecek kaynağı soruyor…"_s);
+    const int kind = m_kind->currentIndex();
+    QPointer<VideoController> self(this);
+    m_sources.choose(
+        kind == kindWindow, m_cursor->isChecked(), [self, kind](const Result<VideoTarget>& chosen) {
+            if (!self)
+                return;
+            self->m_loading = false;
+            self->m_refreshButton->setEnabled(true);
+            self->sourceKindChanged();
+            if (!chosen.ok()) {
+                self->sourcesReady();
+                const bool cancelled = RecordingCancellation::matches(chosen.error());
+                self->m_info->setText(cancelled ? u"Kayıt iptal edildi."_s : u"Kaynak alınamadı."_s);
+                if (!cancelled)
+                    Alert::show(u"Video kaydı"_s, chosen.error().localizedDescription());
+                return;
+            }
+            self->sourcesReady();
+            const auto* display = std::get_if<VideoDisplay>(&chosen.value());
+            if (kind == kindRegion && display)
+                self->selectRegion(*display);
+            else
+                self->chooseDestination(chosen.value());
+        });
+}
+
 void VideoController::selectRegion(const VideoDisplay& display)
 {
-    QScreen* screen = screenOf(display);
-    if (!screen) {
+    if (!m_regionPicker->start(display)) {
+        m_recorder->release(display);
         Alert::show(u"Ekran bulunamadı"_s, u"Kaynakları yenileyip tekrar dene."_s);
         return;
     }
     m_selecting = true;
     hide();
-    // The monitor as it looked when the selection began, so the overlay shows it dimmed whether or
-    // not the desktop composites translucent windows.
-    const RegionSelector::Sheet sheet = RegionSelector::monitorSheet(screen, screen->grabWindow(0).toImage());
-    m_overlay
-        = new RegionSelector({ sheet }, RegionSelectionLook::recording(), RegionClip::minimumSide, this);
-    connect(m_overlay, &RegionSelector::refused, this, [] { Beeper::beep(); });
-    connect(m_overlay, &RegionSelector::finished, this,
-        [this, display, ratio = screen->devicePixelRatio()](qsizetype, std::optional<QRect> pixels) {
-            if (m_overlay)
-                m_overlay->deleteLater();
-            m_overlay = nullptr;
-            m_selecting = false;
-            show();
-            raise();
-            activateWindow();
-            // The region is kept in the monitor's points.
-            if (pixels)
-                chooseDestination(VideoRegion {
-                    display, QRectF(QPointF(pixels->topLeft()) / ratio, QSizeF(pixels->size()) / ratio) });
-        });
-    m_overlay->present();
+}
+
+void VideoController::regionChosen(const VideoDisplay& display, std::optional<QRectF> region, bool failed)
+{
+    m_selecting = false;
+    show();
+    raise();
+    activateWindow();
+    if (region) {
+        chooseDestination(VideoRegion { display, *region });
+        return;
+    }
+    m_recorder->release(display);
+    if (failed)
+        Alert::show(u"Ekran bulunamadı"_s, u"Kaynakları yenileyip tekrar dene."_s);
+}
+
+RegionSelector* VideoController::overlay() const
+{
+    return m_regionPicker->overlay();
 }
 
 void VideoController::cancelSelection()
 {
-    if (m_overlay)
-        m_overlay->cancel();
+    m_regionPicker->cancel();
 }
 
 VideoOptions VideoController::chosenOptions() const
@@ -291,33 +342,18 @@ VideoOptions VideoController::chosenOptions() const
     return options;
 }
 
-QString VideoController::proposedFileName(const QDateTime& now)
-{
-    return u"Vexet_"_s + now.toString(u"yyyy-MM-dd_HH-mm-ss"_s) + u".mp4"_s;
-}
-
 void VideoController::chooseDestination(const VideoTarget& target)
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
-    if (!QFileInfo(folder).isDir())
-        folder = QDir::homePath();
-    auto* panel = new QFileDialog(this, u"Video kaydını nereye kaydedelim?"_s);
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setOption(QFileDialog::DontUseNativeDialog);
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setFileMode(QFileDialog::AnyFile);
-    panel->setNameFilter(u"MPEG-4 (*.mp4)"_s);
-    panel->setDefaultSuffix(u"mp4"_s);
-    panel->setDirectory(folder);
-    panel->selectFile(proposedFileName(QDateTime::currentDateTime()));
-    panel->setWindowModality(Qt::WindowModal);
+    QFileDialog* panel = VideoSavePanel::create(this);
     m_savePanel = panel;
     m_sheetOpen = true;
     connect(panel, &QFileDialog::finished, this, [this, panel, target](int result) {
         m_sheetOpen = false;
         const QStringList chosen = panel->selectedFiles();
-        if (result != QDialog::Accepted || chosen.isEmpty())
+        if (result != QDialog::Accepted || chosen.isEmpty()) {
+            m_recorder->release(target);
             return; // nothing saved, nothing recorded
+        }
         startRecording(target, chosen.first());
     });
     panel->open();

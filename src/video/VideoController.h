@@ -7,6 +7,7 @@
 #include "VideoOptions.h"
 #include "VideoSideInterface.h"
 #include "VideoTarget.h"
+#include <optional>
 
 #include <QFileDialog>
 #include <QList>
@@ -22,6 +23,7 @@ class QPushButton;
 class RecordingDesktopInterface;
 class SleepNotifier;
 class VideoRecorder;
+class VideoRegionPicker;
 class VideoSources;
 
 // The recording window: what to record, how, and where to; it runs the recorder with the
@@ -64,16 +66,17 @@ public:
     QPushButton* refreshButton() const { return m_refreshButton; }
     QFileDialog* savePanel() const { return m_savePanel; }
     VideoRecorder& recorder() const { return *m_recorder; }
-    RegionSelector* overlay() const { return m_overlay; }
+    RegionSelector* overlay() const;
     const QList<VideoDisplay>& displays() const { return m_displays; }
     const QList<VideoWindow>& windows() const { return m_windows; }
     VideoOptions chosenOptions() const;
 
-    static QString proposedFileName(const QDateTime& now);
-
 private:
     void buildWindow(const VideoOptions& saved);
+    void sourcesReady();
+    void askDesktop();
     void selectRegion(const VideoDisplay& display);
+    void regionChosen(const VideoDisplay& display, std::optional<QRectF> region, bool failed);
     void chooseDestination(const VideoTarget& target);
     void startRecording(const VideoTarget& target, const QString& destination);
     void recorderStatus(RecorderState state, const QString& text);
@@ -94,7 +97,7 @@ private:
     QPushButton* m_refreshButton = nullptr;
     QList<VideoDisplay> m_displays;
     QList<VideoWindow> m_windows;
-    QPointer<RegionSelector> m_overlay;
+    VideoRegionPicker* m_regionPicker = nullptr;
     QPointer<QFileDialog> m_savePanel;
     bool m_selecting = false;
     bool m_loading = false;

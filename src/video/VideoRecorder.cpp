@@ -23,7 +23,8 @@ constexpr int secondMs = 1000;
 
 VideoRecorder::Backend VideoRecorder::gstreamer()
 {
-    return { GstCaptureSession::factory(), &AudioDevices::defaultMicrophone, &VideoFile::finishAudio };
+    return { GstCaptureSession::factory(), &AudioDevices::defaultMicrophone, &VideoFile::finishAudio,
+        &AudioDevices::defaultOutputMonitor };
 }
 
 VideoRecorder::VideoRecorder(RecordingDesktopInterface& desktop, QObject* parent)
@@ -48,6 +49,14 @@ VideoRecorder::~VideoRecorder()
     m_session.reset();
     if (m_state != RecorderState::Idle && !m_finishing)
         rescueStaging(videoError(RecordingTexts::ending()));
+    if (m_source)
+        m_desktop.release(*m_source);
+}
+
+void VideoRecorder::release(const VideoTarget& target)
+{
+    if (m_source != sourceIdOf(target))
+        m_desktop.release(sourceIdOf(target));
 }
 
 void VideoRecorder::report(RecorderState state, const QString& text)
@@ -67,6 +76,7 @@ void VideoRecorder::start(const VideoTarget& target, const VideoOptions& options
     if (m_state != RecorderState::Idle)
         return;
     m_destination = destination;
+    m_source = sourceIdOf(target);
     m_failure.reset();
     m_finishing = false;
     report(RecorderState::Starting, RecordingTexts::preparing());
@@ -103,6 +113,8 @@ std::optional<Error> VideoRecorder::prepareCapture(
             return videoError(RecordingTexts::noMicrophone());
         request.microphone = *microphone;
     }
+    if (options.systemAudio)
+        request.systemAudio = m_backend.defaultOutputMonitor().value_or(QString());
     if (cancelled(task))
         return RecordingCancellation::error();
     const Result<CaptureArea> area = CapturePlan::resolve(target, m_desktop);
@@ -295,6 +307,8 @@ void VideoRecorder::finish(Result<QString> result)
     m_timer.stop();
     dropSession();
     m_startTask.reset();
+    if (m_source)
+        m_desktop.release(*std::exchange(m_source, std::nullopt));
     result = rescueStaging(result);
     m_destination.reset();
     m_staging.reset();

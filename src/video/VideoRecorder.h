@@ -30,6 +30,8 @@ public:
         CaptureSessionFactory createSession;
         std::function<std::optional<QString>()> defaultMicrophone;
         std::function<Result<QString>(const QString&)> finishAudio;
+        std::function<std::optional<QString>()> defaultOutputMonitor
+            = [] { return std::optional<QString>(); };
     };
     static Backend gstreamer();
 
@@ -43,6 +45,10 @@ public:
     void start(const VideoTarget& target, const VideoOptions& options, const QString& destination);
     // Asks the current recording to end: cancels a countdown, stops a capture, does nothing later on.
     void stop();
+
+    // The user gave up on a target before recording it: the desktop lets go of its source. The
+    // recorder lets go of the source of each recording itself when the recording ends.
+    void release(const VideoTarget& target);
 
     // The length recorded so far by the current capture, when it is known.
     std::optional<double> recordedSeconds() const;
@@ -72,6 +78,7 @@ private:
     Backend m_backend;
     RecorderState m_state = RecorderState::Idle;
     std::unique_ptr<CaptureSession> m_session;
+    std::optional<quint32> m_source; // of the current recording's target
     std::optional<QString> m_destination;
     std::optional<QString> m_staging;
     QTimer m_timer;

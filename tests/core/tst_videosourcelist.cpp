@@ -40,7 +40,7 @@ private Q_SLOTS:
             42);
         QList<quint32> ids;
         for (const VideoWindow& w : offered)
-            ids << w.windowId;
+            ids << w.sourceId;
         QCOMPARE(ids, (QList<quint32> { 4, 5 }));
     }
 
@@ -52,7 +52,7 @@ private Q_SLOTS:
             999);
         QList<quint32> ids;
         for (const VideoWindow& w : offered)
-            ids << w.windowId;
+            ids << w.sourceId;
         QCOMPARE(ids, (QList<quint32> { 4, 2, 5, 1, 3 }));
     }
 

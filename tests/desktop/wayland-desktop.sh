@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs a command inside a private, throw-away Wayland desktop and tears the desktop down afterwards.
 #
-#   tests/desktop/wayland-desktop.sh [--no-tray] [--tray-watcher PATH] [--] COMMAND [ARGS...]
+#   tests/desktop/wayland-desktop.sh [--no-tray] [--tray-watcher PATH] [--screencast-backend PATH]
+#                                    [--] COMMAND [ARGS...]
 #   tests/desktop/wayland-desktop.sh --test-user
 #
 # The desktop:
@@ -16,6 +17,16 @@
 #   * xdg-desktop-portal with its wlr and gtk backends; the wlr backend finds a stand-in "slurp"
 #     first in its PATH, which answers the region written in $VEXET_SLURP_ANSWER ("X,Y WxH", e.g.
 #     "1920,0 1280x1024") or cancels (exit 1) when that file says "cancel" or does not exist;
+#   * with --screencast-backend PATH, that program instead of the packaged wlr backend, which on a
+#     machine without a GPU cannot cast (tests/desktop/screencast-backend.sh builds one that can).
+#     A session without a restore token asks a stand-in output chooser
+#     (tests/wayland/desktop/screencast-chooser), which answers the output name written in
+#     $VEXET_SCREENCAST_ANSWER (e.g. "HEADLESS-2") or declines when that file says "cancel" or does
+#     not exist (SelectSources then answers 1), and appends a line "N ANSWER" to
+#     $VEXET_SCREENCAST_CHOICES (created empty) each time, so that tests can count the questions.
+#     A session asking for persist_mode 2 gets a restore token that brings the same output back
+#     without asking. The backend sends a frame only when the output has changed since its last
+#     one, and even a new cast's first frame may wait for a change (the pointer moving is enough);
 #   * a StatusNotifier watcher with a registered host (vexet-tray-watcher, built with the tests),
 #     unless --no-tray is given;
 #   * one wayvnc per output, listening on a unix socket: each gives the seat a virtual pointer and
@@ -32,8 +43,11 @@
 # mode 0700), XDG_CURRENT_DESKTOP=sway, XDG_SESSION_TYPE=wayland, QT_QPA_PLATFORM=wayland, HOME
 # (private, with Pictures and Videos folders), USER, LOGNAME, TMPDIR (private), VEXET_DESKTOP_DIR
 # (the private directory of this desktop), VEXET_VNC_SOCKETS (HEADLESS-1=PATH:HEADLESS-2=PATH) and
-# VEXET_SLURP_ANSWER set. DISPLAY, XAUTHORITY and the variables that would tie it to the caller's
-# own desktop (SESSION_MANAGER, PULSE_SERVER, Qt scaling and theme overrides, ...) are removed.
+# VEXET_SLURP_ANSWER set, and with --screencast-backend also VEXET_SCREENCAST_ANSWER and
+# VEXET_SCREENCAST_CHOICES (files in the private directory; unset without it, so a test can tell
+# whether the desktop casts). DISPLAY, XAUTHORITY and the variables that would tie it to the
+# caller's own desktop (SESSION_MANAGER, PULSE_SERVER, Qt scaling and theme overrides, ...) are
+# removed.
 #
 # Exit status: that of COMMAND; 128+N if this script was stopped by signal N; 125 if the desktop
 # could not be started; 2 for a usage error. Whatever the outcome, every process this script
@@ -58,7 +72,7 @@ say() { printf '%s: %s\n' "$prog" "$*" >&2; }
 
 usage() {
     cat <<EOF
-Usage: $0 [--no-tray] [--tray-watcher PATH] [--] COMMAND [ARGS...]
+Usage: $0 [--no-tray] [--tray-watcher PATH] [--screencast-backend PATH] [--] COMMAND [ARGS...]
        $0 --test-user
 
 Starts a private headless sway (two outputs, 1920x1080 and 1280x1024 side by side, no X server),
@@ -68,6 +82,10 @@ everything afterwards. Run by root, the desktop and COMMAND run as the user $tes
 
   --no-tray            start no StatusNotifier watcher: a desktop without a tray
   --tray-watcher PATH  the watcher program; by default \$VEXET_BINARY_DIR/tests/wayland/tray/vexet-tray-watcher
+  --screencast-backend PATH
+                       run this xdg-desktop-portal-wlr (built by tests/desktop/screencast-backend.sh)
+                       instead of the packaged one, with an output chooser driven by the file
+                       \$VEXET_SCREENCAST_ANSWER: the desktop then offers ScreenCast
   --test-user          print the user the desktop runs as (creating it when run by root) and exit
 EOF
 }
@@ -83,6 +101,7 @@ usage_error() {
 
 with_tray=1
 watcher_bin=""
+screencast_bin=""
 print_user=0
 while (($#)); do
     case $1 in
@@ -97,6 +116,15 @@ while (($#)); do
         ;;
     --tray-watcher=*)
         watcher_bin=${1#*=}
+        shift
+        ;;
+    --screencast-backend)
+        (($# >= 2)) || usage_error "--screencast-backend needs the path of an xdg-desktop-portal-wlr"
+        screencast_bin=$2
+        shift 2
+        ;;
+    --screencast-backend=*)
+        screencast_bin=${1#*=}
         shift
         ;;
     --test-user)
@@ -151,12 +179,18 @@ if ((with_tray)); then
     [[ -x $watcher_bin ]] ||
         usage_error "the tray watcher $watcher_bin is not an executable (build it, or use --no-tray)"
 fi
+if [[ -n $screencast_bin ]]; then
+    [[ $screencast_bin == /* ]] || screencast_bin=$PWD/$screencast_bin
+    [[ -f $screencast_bin && -x $screencast_bin ]] ||
+        usage_error "the ScreenCast backend $screencast_bin is not an executable" \
+            "(tests/desktop/screencast-backend.sh builds one)"
+fi
 
 # Run by root: a mount namespace of our own with a private /tmp. The script starts again inside it
 # (same process id); the log directory is opened first, since /tmp may hide it afterwards. A
 # command that names something in the caller's /tmp keeps the machine's /tmp instead.
 names_tmp=0
-for arg in "$watcher_bin" "$@"; do
+for arg in "$watcher_bin" "$screencast_bin" "$@"; do
     [[ $arg == /tmp || $arg == /tmp/* || $arg == *=/tmp/* ]] && names_tmp=1
 done
 if ((EUID == 0 && names_tmp)) && [[ -z ${VEXET_WAYLAND_DESKTOP_NS:-} ]]; then
@@ -173,6 +207,7 @@ if ((EUID == 0 && !names_tmp)) && [[ -z ${VEXET_WAYLAND_DESKTOP_NS:-} ]] && unsh
     export VEXET_WAYLAND_DESKTOP_NS
     opts=()
     ((with_tray)) && opts+=(--tray-watcher "$watcher_bin") || opts+=(--no-tray)
+    [[ -z $screencast_bin ]] || opts+=(--screencast-backend "$screencast_bin")
     exec unshare --mount --propagation private -- "$BASH" "${BASH_SOURCE[0]}" "${opts[@]}" -- "$@"
 fi
 private_tmp=0
@@ -228,6 +263,10 @@ if ((EUID == 0)); then
 else
     user_id=$EUID
     user_name=$(id -un)
+fi
+if [[ -n $screencast_bin ]] && ! "${as_user[@]}" test -x "$screencast_bin"; then
+    say "$user_name cannot run the ScreenCast backend $screencast_bin (a folder on the way closed to others?)"
+    exit 125
 fi
 
 # ---------------------------------------------------------------------------------------------
@@ -449,6 +488,12 @@ export XDG_SESSION_TYPE=wayland
 export QT_QPA_PLATFORM=wayland
 export VEXET_DESKTOP_DIR=$dir
 export VEXET_SLURP_ANSWER=$dir/slurp-answer
+if [[ -n $screencast_bin ]]; then
+    export VEXET_SCREENCAST_ANSWER=$dir/screencast-answer
+    export VEXET_SCREENCAST_CHOICES=$dir/screencast-choices
+    : >"$VEXET_SCREENCAST_CHOICES"
+    ((EUID == 0)) && chown "$user_id:$group_id" "$VEXET_SCREENCAST_CHOICES"
+fi
 
 # portal-wlr writes its pictures to this fixed path. One left behind by an earlier desktop of ours
 # (a test stopped before it removed the picture) goes; another user's makes grim fail there.
@@ -534,7 +579,22 @@ pulse_pid=$started
 portal_wlr_log=$dir/logs/xdg-desktop-portal-wlr.log
 mkdir -p "$dir/bin"
 ln -s "$here/../wayland/desktop/slurp" "$dir/bin/slurp"
-start xdg-desktop-portal-wlr "$portal_wlr_log" env PATH="$dir/bin:$PATH" "$portal_wlr_bin" --loglevel=WARN
+if [[ -z $screencast_bin ]]; then
+    start xdg-desktop-portal-wlr "$portal_wlr_log" env PATH="$dir/bin:$PATH" "$portal_wlr_bin" --loglevel=WARN
+else
+    # The chooser runs through "sh -c", so its path goes in as a word without blanks or quotes: the
+    # private directory's. No max_fps: the cast follows the output's refresh and whatever rate the
+    # client asks for. The backend gives a restore token for an output a chooser picked only when
+    # XDPW_PERSIST_MODE allows it (it stands in for a "remember" box the chooser would show).
+    ln -s "$here/../wayland/desktop/screencast-chooser" "$dir/bin/screencast-chooser"
+    cat >"$dir/portal-wlr.conf" <<CONF
+[screencast]
+chooser_type=simple
+chooser_cmd=$dir/bin/screencast-chooser
+CONF
+    start xdg-desktop-portal-wlr "$portal_wlr_log" env PATH="$dir/bin:$PATH" XDPW_PERSIST_MODE=permanent \
+        "$screencast_bin" --loglevel=WARN --config="$dir/portal-wlr.conf"
+fi
 portal_wlr_pid=$started
 portal_gtk_log=$dir/logs/xdg-desktop-portal-gtk.log
 start xdg-desktop-portal-gtk "$portal_gtk_log" env GDK_BACKEND=wayland NO_AT_BRIDGE=1 "$portal_gtk_bin" --replace

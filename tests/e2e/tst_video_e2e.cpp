@@ -322,7 +322,7 @@ private Q_SLOTS:
         const QList<VideoWindow> offered
             = VideoSourceList::offered(all.value(), static_cast<quint32>(vexet.pid()));
         const auto found = std::find_if(offered.cbegin(), offered.cend(),
-            [&](const VideoWindow& window) { return window.windowId == m_shown->winId(); });
+            [&](const VideoWindow& window) { return window.sourceId == m_shown->winId(); });
         QVERIFY2(found != offered.cend(), "the moving window is not offered");
         const int index = static_cast<int>(found - offered.cbegin());
         if (index > 0)

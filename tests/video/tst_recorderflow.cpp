@@ -17,13 +17,19 @@ namespace {
 // One display, output 1, 1280 × 720 at the origin.
 class OneDisplay : public RecordingDesktopInterface {
 public:
-    QString displayName() const override { return {}; }
+    std::optional<CaptureStream> stream(quint32 id) override
+    {
+        return id == 1 ? std::optional(CaptureStream()) : std::nullopt;
+    }
     std::optional<QRect> displayGeometry(quint32 id) override
     {
         return id == 1 ? std::optional(QRect(0, 0, 1280, 720)) : std::nullopt;
     }
     std::optional<QRect> windowGeometry(quint32) override { return std::nullopt; }
-    std::unique_ptr<ErrorWatch> watchCaptureErrors(quint32, ErrorHandler) override { return nullptr; }
+    std::unique_ptr<ErrorWatch> watchCapture(quint32, bool, ErrorHandler) override { return nullptr; }
+    void release(quint32 id) override { released.append(id); }
+
+    QList<quint32> released;
 };
 
 // What the scripted captures answer, and what was asked of them; it outlives each capture.

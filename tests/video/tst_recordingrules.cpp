@@ -23,7 +23,10 @@ namespace {
 // A desktop with one display (output 7 at 1920,0 of 1280 × 1024) and one window (0x400001).
 class KnownDesktop : public RecordingDesktopInterface {
 public:
-    QString displayName() const override { return {}; }
+    std::optional<CaptureStream> stream(quint32 sourceId) override
+    {
+        return sourceId == 7 || sourceId == 0x400001 ? std::optional(CaptureStream()) : std::nullopt;
+    }
     std::optional<QRect> displayGeometry(quint32 outputId) override
     {
         return outputId == 7 ? std::optional(QRect(1920, 0, 1280, 1024)) : std::nullopt;
@@ -32,7 +35,8 @@ public:
     {
         return windowId == 0x400001 ? std::optional(QRect(100, 50, 641, 479)) : std::nullopt;
     }
-    std::unique_ptr<ErrorWatch> watchCaptureErrors(quint32, ErrorHandler) override { return nullptr; }
+    std::unique_ptr<ErrorWatch> watchCapture(quint32, bool, ErrorHandler) override { return nullptr; }
+    void release(quint32) override { }
 };
 
 const VideoDisplay display { 7, u"DUMMY1"_s, QRect(1920, 0, 1280, 1024), 1.0 };
@@ -212,20 +216,24 @@ private Q_SLOTS:
         KnownDesktop desktop;
         const Result<CaptureArea> whole = CapturePlan::resolve(display, desktop);
         QVERIFY(whole.ok());
-        QCOMPARE(whole.value().rootRect, QRect(1920, 0, 1280, 1024));
+        QCOMPARE(whole.value().rect, QRect(1920, 0, 1280, 1024));
+        QCOMPARE(whole.value().bounds, QRect(1920, 0, 1280, 1024));
         QCOMPARE(whole.value().sourcePixels, QSizeF(1280, 1024));
-        QCOMPARE(whole.value().windowId, 0u);
+        QCOMPARE(whole.value().sourceId, 7u);
+        QVERIFY(!whole.value().window);
 
         const Result<CaptureArea> region
             = CapturePlan::resolve(VideoRegion { display, QRectF(1200, 10, 300, 100) }, desktop);
         QVERIFY(region.ok());
-        QCOMPARE(region.value().rootRect, QRect(1920 + 1200, 10, 80, 100));
+        QCOMPARE(region.value().rect, QRect(1920 + 1200, 10, 80, 100));
+        QCOMPARE(region.value().bounds, QRect(1920, 0, 1280, 1024));
         QCOMPARE(region.value().sourcePixels, QSizeF(80, 100));
 
         const Result<CaptureArea> window
             = CapturePlan::resolve(VideoWindow { 0x400001, u"App"_s, u"T"_s, {}, 0 }, desktop);
         QVERIFY(window.ok());
-        QCOMPARE(window.value().windowId, 0x400001u);
+        QCOMPARE(window.value().sourceId, 0x400001u);
+        QVERIFY(window.value().window);
         QCOMPARE(window.value().sourcePixels, QSizeF(641, 479));
     }
 
@@ -233,7 +241,7 @@ private Q_SLOTS:
     {
         KnownDesktop desktop;
         VideoDisplay gone = display;
-        gone.outputId = 8;
+        gone.sourceId = 8;
         const Error displayGone = videoError(u"Seçilen ekran artık bağlı değil."_s);
         QCOMPARE(CapturePlan::resolve(gone, desktop).error(), displayGone);
         QCOMPARE(

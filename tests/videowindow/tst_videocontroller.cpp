@@ -4,6 +4,7 @@
 #include "RegionSelectionWindow.h"
 #include "VideoController.h"
 #include "VideoRecorder.h"
+#include "VideoSavePanel.h"
 #include "VideoSources.h"
 #include "X11Connection.h"
 #include "X11RecordingDesktop.h"
@@ -25,7 +26,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class CountingSources : public VideoSources {
+class CountingSources : public X11VideoSources {
 public:
     // The desktop's real displays, the second one without a name.
     Result<QList<VideoDisplay>> displays() override
@@ -138,8 +139,8 @@ private Q_SLOTS:
         const QList<VideoDisplay> displays = m_video->displays();
         QCOMPARE(displays.size(), 2);
         QCOMPARE(displays[0].geometry, QGuiApplication::screens().at(0)->geometry());
-        QCOMPARE(m_video->source()->itemText(0), u"DUMMY0 [%1]"_s.arg(displays[0].outputId));
-        QCOMPARE(m_video->source()->itemText(1), u"Ekran 2 [%1]"_s.arg(displays[1].outputId));
+        QCOMPARE(m_video->source()->itemText(0), u"DUMMY0 [%1]"_s.arg(displays[0].sourceId));
+        QCOMPARE(m_video->source()->itemText(1), u"Ekran 2 [%1]"_s.arg(displays[1].sourceId));
         QVERIFY(m_video->startButton()->isEnabled());
         QCOMPARE(m_video->info()->text(),
             u"Kaynağı ve ses seçeneklerini belirle; kayıt dosyasının yerini seçerek başla."_s);
@@ -167,7 +168,7 @@ private Q_SLOTS:
 
     void theSaveDialogProposesADatedMp4AndCancellingRecordsNothing()
     {
-        QVERIFY(VideoController::proposedFileName(QDateTime(QDate(2026, 11, 15), QTime(23, 16, 17)))
+        QVERIFY(VideoSavePanel::proposedFileName(QDateTime(QDate(2026, 11, 15), QTime(23, 16, 17)))
             == u"Vexet_2026-11-15_23-16-17.mp4"_s);
         m_video->present();
         QTRY_VERIFY(!m_video->loading());

@@ -1,4 +1,5 @@
 // vexet-record-check: the recording engine without the window, for developers, tests and benchmarks.
+#include "PortalVideoDesktop.h"
 #include "RecordCheckArguments.h"
 #include "RecordingCancellation.h"
 #include "VideoRecorder.h"
@@ -6,8 +7,9 @@
 #include "X11Outputs.h"
 #include "X11RecordingDesktop.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QSettings>
 #include <QTextStream>
 #include <QTimer>
 #include <cstdio>
@@ -29,17 +31,8 @@ std::optional<VideoDisplay> findDisplay(const QString& wanted)
     return std::nullopt;
 }
 
-std::optional<VideoTarget> target(const RecordCheckArguments& arguments, QString* problem)
+std::optional<QRectF> regionOf(const RecordCheckArguments& arguments, QString* problem)
 {
-    if (arguments.kind == RecordCheckArguments::Kind::Window)
-        return VideoWindow { arguments.window, {}, {}, {}, 0 };
-    const std::optional<VideoDisplay> display = findDisplay(arguments.display);
-    if (!display) {
-        *problem = u"no such monitor: "_s + arguments.display;
-        return std::nullopt;
-    }
-    if (arguments.kind == RecordCheckArguments::Kind::Display)
-        return *display;
     const QStringList parts = arguments.region.split(u',');
     QList<double> numbers;
     for (const QString& part : parts) {
@@ -52,28 +45,79 @@ std::optional<VideoTarget> target(const RecordCheckArguments& arguments, QString
         *problem = u"a region is X,Y,W,H: "_s + arguments.region;
         return std::nullopt;
     }
-    return VideoRegion { *display, QRectF(numbers[0], numbers[1], numbers[2], numbers[3]) };
+    return QRectF(numbers[0], numbers[1], numbers[2], numbers[3]);
+}
+
+// The target on the X desktop, found by the output's name or the window's id.
+std::optional<VideoTarget> x11Target(const RecordCheckArguments& arguments, QString* problem)
+{
+    if (arguments.kind == RecordCheckArguments::Kind::Window)
+        return VideoWindow { arguments.window, {}, {}, {}, 0 };
+    const std::optional<VideoDisplay> display = findDisplay(arguments.display);
+    if (!display) {
+        *problem = u"no such monitor: "_s + arguments.display;
+        return std::nullopt;
+    }
+    if (arguments.kind == RecordCheckArguments::Kind::Display)
+        return *display;
+    const std::optional<QRectF> region = regionOf(arguments, problem);
+    if (!region)
+        return std::nullopt;
+    return VideoRegion { *display, *region };
+}
+
+// The target where the desktop's chooser picks the monitor or window (a Wayland session): a region
+// is a rectangle of the monitor it picked.
+Result<VideoTarget> chosenTarget(const Result<VideoTarget>& chosen, const RecordCheckArguments& arguments)
+{
+    if (!chosen || arguments.kind != RecordCheckArguments::Kind::Region)
+        return chosen;
+    QString problem;
+    const std::optional<QRectF> region = regionOf(arguments, &problem);
+    const auto* display = std::get_if<VideoDisplay>(&chosen.value());
+    if (!region || !display)
+        return Error(u"vexet-record-check"_s, 2, problem);
+    return VideoTarget(VideoRegion { *display, *region });
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
+    // On a Wayland session the desktop's portal chooses and streams the source, and the program
+    // needs the screens to know the monitor it chose.
+    const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const std::unique_ptr<QCoreApplication> application = wayland
+        ? std::make_unique<QGuiApplication>(argc, argv)
+        : std::make_unique<QCoreApplication>(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);
     QString problem;
     const std::optional<RecordCheckArguments> arguments
-        = RecordCheckArguments::parse(application.arguments(), &problem);
+        = RecordCheckArguments::parse(QCoreApplication::arguments(), &problem);
     if (!arguments) {
         err << problem << "\n\n" << RecordCheckArguments::usage();
         return 2;
     }
-    const std::optional<VideoTarget> what = target(*arguments, &problem);
-    X11RecordingDesktop desktop;
-    if (!what || !desktop.isOpen()) {
-        err << (problem.isEmpty() ? u"cannot connect to the X display"_s : problem) << "\n";
-        return 2;
+    std::optional<VideoTarget> what;
+    std::unique_ptr<RecordingDesktopInterface> desktop;
+    PortalVideoDesktop* portal = nullptr;
+    // The desktop's remembered choice is kept between runs, beside the program's own settings.
+    QSettings store(QSettings::NativeFormat, QSettings::UserScope, u"Vexet"_s, u"vexet-record-check"_s);
+    if (wayland) {
+        auto portalDesktop = std::make_unique<PortalVideoDesktop>(store);
+        portal = portalDesktop.get();
+        desktop = std::move(portalDesktop);
+    } else {
+        what = x11Target(*arguments, &problem);
+        auto x11 = std::make_unique<X11RecordingDesktop>();
+        if (!x11->isOpen())
+            problem = u"cannot connect to the X display"_s;
+        desktop = std::move(x11);
+        if (!what || !problem.isEmpty()) {
+            err << problem << "\n";
+            return 2;
+        }
     }
 
     VideoRecorder::Backend backend = VideoRecorder::gstreamer();
@@ -84,7 +128,7 @@ int main(int argc, char* argv[])
             return create(request, on);
         };
     }
-    VideoRecorder recorder(desktop, backend);
+    VideoRecorder recorder(*desktop, backend);
     QElapsedTimer clock;
     clock.start();
     int exitCode = 1;
@@ -95,14 +139,7 @@ int main(int argc, char* argv[])
             << Qt::endl;
         recorder.stop();
     };
-    recorder.onStatus = [&](RecorderState state, const QString& text) {
-        out << clock.elapsed() << " status " << recorderStateName(state) << ' ' << text << Qt::endl;
-        if (state == RecorderState::Recording && !stopScheduled && arguments->stopAfterStartMs < 0) {
-            stopScheduled = true;
-            QTimer::singleShot(static_cast<int>(arguments->seconds * 1000), &recorder, stopNow);
-        }
-    };
-    recorder.onFinish = [&](const Result<QString>& result) {
+    const auto end = [&](const Result<QString>& result) {
         if (result.ok()) {
             out << clock.elapsed() << " finished ok " << result.value() << Qt::endl;
             exitCode = 0;
@@ -111,11 +148,34 @@ int main(int argc, char* argv[])
             out << clock.elapsed() << " finished error " << message.replace(u'\n', u"\\n"_s) << Qt::endl;
             exitCode = RecordingCancellation::matches(result.error()) ? 3 : 1;
         }
-        QTimer::singleShot(0, &application, &QCoreApplication::quit);
+        QTimer::singleShot(0, application.get(), &QCoreApplication::quit);
     };
-    recorder.start(*what, arguments->options, arguments->output);
-    if (arguments->stopAfterStartMs >= 0)
-        QTimer::singleShot(static_cast<int>(arguments->stopAfterStartMs), &recorder, stopNow);
-    application.exec();
+    recorder.onStatus = [&](RecorderState state, const QString& text) {
+        out << clock.elapsed() << " status " << recorderStateName(state) << ' ' << text << Qt::endl;
+        if (state == RecorderState::Recording && !stopScheduled && arguments->stopAfterStartMs < 0) {
+            stopScheduled = true;
+            QTimer::singleShot(static_cast<int>(arguments->seconds * 1000), &recorder, stopNow);
+        }
+    };
+    recorder.onFinish = end;
+    const auto record = [&](const VideoTarget& target) {
+        recorder.start(target, arguments->options, arguments->output);
+        if (arguments->stopAfterStartMs >= 0)
+            QTimer::singleShot(static_cast<int>(arguments->stopAfterStartMs), &recorder, stopNow);
+    };
+    if (portal) {
+        out << clock.elapsed() << " choosing" << Qt::endl;
+        portal->choose(arguments->kind == RecordCheckArguments::Kind::Window, arguments->options.cursor,
+            [&](const Result<VideoTarget>& chosen) {
+                const Result<VideoTarget> target = chosenTarget(chosen, *arguments);
+                if (target)
+                    record(target.value());
+                else
+                    end(target.error());
+            });
+    } else {
+        record(*what);
+    }
+    QCoreApplication::exec();
     return exitCode;
 }

@@ -17,13 +17,6 @@ namespace {
 
 const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
 
-QString pathOf(const QVariant& value)
-{
-    // The session handle comes as an object path from some portals and as a string from others.
-    return value.metaType() == QMetaType::fromType<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
-                                                                      : value.toString();
-}
-
 } // namespace
 
 PortalGlobalKeys::PortalGlobalKeys(QDBusConnection bus, QObject* parent)
@@ -135,7 +128,7 @@ void PortalGlobalKeys::createSession()
     connect(request, &PortalRequest::finished, this, [this, request](const PortalResponse& response) {
         request->deleteLater();
         m_request = nullptr;
-        m_session = pathOf(response.results.value(u"session_handle"_s));
+        m_session = PortalRequest::pathOf(response.results.value(u"session_handle"_s));
         if (response.code != PortalResponse::success || m_session.isEmpty()) {
             fail();
             return;
@@ -225,7 +218,8 @@ void PortalGlobalKeys::answer(const QList<int>& ids, int status)
 
 bool PortalGlobalKeys::isOurs(const QDBusMessage& message) const
 {
-    return !message.arguments().isEmpty() && pathOf(message.arguments().constFirst()) == m_session;
+    return !message.arguments().isEmpty()
+        && PortalRequest::pathOf(message.arguments().constFirst()) == m_session;
 }
 
 void PortalGlobalKeys::activated(const QDBusMessage& message)

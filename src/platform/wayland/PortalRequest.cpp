@@ -64,6 +64,12 @@ void PortalRequest::call(
     connect(watcher, &QDBusPendingCallWatcher::finished, this, &PortalRequest::callReturned);
 }
 
+QString PortalRequest::pathOf(const QVariant& value)
+{
+    return value.metaType() == QMetaType::fromType<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
+                                                                      : value.toString();
+}
+
 void PortalRequest::callReturned(QDBusPendingCallWatcher* watcher)
 {
     watcher->deleteLater();

@@ -43,6 +43,9 @@ public:
     void call(const QString& interface, const QString& method, const QVariantList& arguments,
         QVariantMap options = {});
     bool isFinished() const { return m_finished; }
+    // An object path out of a result: a session handle comes as an object path from some portals and
+    // as a string from others.
+    static QString pathOf(const QVariant& value);
     const QString& requestPath() const { return m_requestPath; }
 
 Q_SIGNALS:

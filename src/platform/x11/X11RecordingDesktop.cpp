@@ -25,9 +25,10 @@ X11RecordingDesktop::X11RecordingDesktop(const QByteArray& displayName)
 {
 }
 
-QString X11RecordingDesktop::displayName() const
+std::optional<CaptureStream> X11RecordingDesktop::stream(quint32)
 {
-    return QString::fromLocal8Bit(m_displayName);
+    // ximagesrc opens a connection of its own to the same display.
+    return CaptureStream { CaptureStream::Kind::x11Display, QString::fromLocal8Bit(m_displayName), -1, 0 };
 }
 
 std::optional<QRect> X11RecordingDesktop::displayGeometry(quint32 outputId)
@@ -47,8 +48,9 @@ std::optional<QRect> X11RecordingDesktop::windowGeometry(quint32 windowId)
     return m_windows.rootGeometry(windowId);
 }
 
-std::unique_ptr<RecordingDesktopInterface::ErrorWatch> X11RecordingDesktop::watchCaptureErrors(
-    quint32 windowId, ErrorHandler handler)
+std::unique_ptr<RecordingDesktopInterface::ErrorWatch> X11RecordingDesktop::watchCapture(
+    quint32 sourceId, bool window, ErrorHandler handler)
 {
-    return std::make_unique<TrapWatch>(windowId, std::move(handler));
+    // The capture's display connection is Xlib's; its errors must not end the process.
+    return std::make_unique<TrapWatch>(window ? sourceId : 0, std::move(handler));
 }

@@ -7,7 +7,8 @@
 
 #include <QByteArray>
 
-// The recorder's view of the X desktop, on a connection of its own.
+// The recorder's view of the X desktop, on a connection of its own. Displays are RandR outputs and
+// windows X windows, by their ids; the capture connects to the same display itself.
 class X11RecordingDesktop : public RecordingDesktopInterface {
 public:
     // Connects to the named display, or to $DISPLAY.
@@ -15,10 +16,11 @@ public:
 
     bool isOpen() const { return m_connection.isOpen(); }
 
-    QString displayName() const override;
+    std::optional<CaptureStream> stream(quint32 sourceId) override;
     std::optional<QRect> displayGeometry(quint32 outputId) override;
     std::optional<QRect> windowGeometry(quint32 windowId) override;
-    std::unique_ptr<ErrorWatch> watchCaptureErrors(quint32 windowId, ErrorHandler handler) override;
+    std::unique_ptr<ErrorWatch> watchCapture(quint32 sourceId, bool window, ErrorHandler handler) override;
+    void release(quint32) override { }
 
 private:
     QByteArray m_displayName;

@@ -4,6 +4,7 @@
 #include "X11Windows.h"
 
 #include <QGuiApplication>
+#include <QPixmap>
 #include <QScreen>
 
 using namespace Qt::StringLiterals;
@@ -65,4 +66,14 @@ Result<QList<VideoWindow>> X11VideoSources::windows()
             *geometry, windows.pid(window).value_or(0) });
     }
     return result;
+}
+
+void X11VideoSources::choose(bool, bool, std::function<void(const Result<VideoTarget>&)> done)
+{
+    done(videoError(u"Bu masaüstünde kaynak listeden seçilir."_s));
+}
+
+void X11VideoSources::screenPicture(QScreen* screen, std::function<void(const QImage&)> done)
+{
+    done(screen->grabWindow(0).toImage());
 }
