@@ -7,9 +7,11 @@ class TestStreamScreen : public QObject {
     Q_OBJECT
 
     // Two monitors side by side, the second at scale 2 (640 × 512 points, 1280 × 1024 pixels).
-    const QList<DesktopPicture::Monitor> mixed { { QRect(0, 0, 1920, 1080), 1 }, { QRect(1920, 0, 640, 512), 2 } };
+    const QList<DesktopPicture::Monitor> mixed { { QRect(0, 0, 1920, 1080), 1 },
+        { QRect(1920, 0, 640, 512), 2 } };
     // Two monitors of one size.
-    const QList<DesktopPicture::Monitor> twins { { QRect(0, 0, 1920, 1080), 1 }, { QRect(1920, 0, 1920, 1080), 1 } };
+    const QList<DesktopPicture::Monitor> twins { { QRect(0, 0, 1920, 1080), 1 },
+        { QRect(1920, 0, 1920, 1080), 1 } };
 
 private Q_SLOTS:
     void theSizeInPointsOrInPixelsFindsTheScreen()
