@@ -31,15 +31,18 @@ std::optional<std::pair<GstObjectPtr<GstDevice>, std::unique_ptr<GstStructure, S
     const char* deviceClass)
 {
     GstSupport::ensureInitialized();
-    GstObjectPtr<GstDeviceMonitor> monitor(gst_device_monitor_new());
-    gst_device_monitor_add_filter(monitor.get(), deviceClass, nullptr);
-    // Only a started monitor knows which device is the default one.
-    if (!gst_device_monitor_start(monitor.get()))
+    // The devices of the sound server the recording reads from, and only those: a device monitor
+    // would also start PipeWire's own provider, whose stop frees memory twice (PipeWire 0.3.65).
+    GstObjectPtr<GstDeviceProvider> provider(gst_device_provider_factory_get_by_name("pulsedeviceprovider"));
+    // Only a started provider knows which device is the default one.
+    if (!provider || !gst_device_provider_start(provider.get()))
         return std::nullopt;
-    std::unique_ptr<GList, DeviceListFree> devices(gst_device_monitor_get_devices(monitor.get()));
-    gst_device_monitor_stop(monitor.get());
+    std::unique_ptr<GList, DeviceListFree> devices(gst_device_provider_get_devices(provider.get()));
+    gst_device_provider_stop(provider.get());
     for (GList* item = devices.get(); item; item = item->next) {
         GstDevice* device = static_cast<GstDevice*>(item->data);
+        if (!gst_device_has_classes(device, deviceClass))
+            continue;
         std::unique_ptr<GstStructure, StructureFree> properties(gst_device_get_properties(device));
         if (!properties)
             continue;

@@ -211,7 +211,9 @@ private Q_SLOTS:
         QVERIFY(display.sourceId != 0);
 
         VideoRecorder recorder(*m_desktop);
-        RecordingRun run(recorder, 3.0);
+        // Long enough that the second the sound is checked in lies well after PipeWire has set up
+        // the new streams.
+        RecordingRun run(recorder, 5.0);
         run.start(display, withSound(30), path(u"whole.mp4"_s));
         QVERIFY(run.waitForResult());
         QVERIFY2(run.ok(), qPrintable(run.message()));
@@ -222,8 +224,8 @@ private Q_SLOTS:
         QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
 
         // The picture is the output's: below the moving band, the pattern; in it, the bar moves.
-        const QImage middle = frame(path(u"whole.mp4"_s), 45);
-        const QImage later = frame(path(u"whole.mp4"_s), 60);
+        const QImage middle = frame(path(u"whole.mp4"_s), 75);
+        const QImage later = frame(path(u"whole.mp4"_s), 90);
         QCOMPARE(middle.size(), QSize(1280, 1024));
         const QRect known(0, bandRows, 1280, 1024 - bandRows);
         const QImage expected = m_patterns.expected(1).copy(known);
@@ -261,7 +263,7 @@ private Q_SLOTS:
         const VideoDisplay display = chooseSecond();
         QVERIFY(display.sourceId != 0);
         VideoRecorder recorder(*m_desktop);
-        RecordingRun run(recorder, 2.0);
+        RecordingRun run(recorder, 4.0);
         run.start(VideoRegion { display, QRectF(100, 200, 400, 300) }, withSound(30), path(u"region.mp4"_s));
         QVERIFY(run.waitForResult());
         QVERIFY2(run.ok(), qPrintable(run.message()));
