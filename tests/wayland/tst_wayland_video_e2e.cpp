@@ -184,7 +184,7 @@ private Q_SLOTS:
         QVERIFY(m_tray.setHostRegistered(true));
         m_speakerTone = Tones::play(u"vexet_speaker"_s, 440, 0.5);
         m_microphoneTone = Tones::play(u"vexet_mic_feed"_s, 1000, 0.5);
-        QTest::qWait(500);
+        QVERIFY(m_speakerTone && m_microphoneTone);
     }
 
     void cleanupTestCase()

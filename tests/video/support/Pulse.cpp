@@ -8,6 +8,9 @@ using namespace Qt::StringLiterals;
 std::optional<QString> Pulse::pactl(const QStringList& arguments)
 {
     QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, u"C"_s); // the listings are read by their English labels
+    process.setProcessEnvironment(environment);
     process.start(u"pactl"_s, arguments);
     if (!process.waitForFinished(10000) || process.exitStatus() != QProcess::NormalExit
         || process.exitCode() != 0)
@@ -37,4 +40,18 @@ void Pulse::unload(int index)
 {
     if (index >= 0)
         pactl({ u"unload-module"_s, QString::number(index) });
+}
+
+bool Pulse::isPlaying(const QString& application)
+{
+    const std::optional<QString> listing = pactl({ u"list"_s, u"sink-inputs"_s });
+    if (!listing)
+        return false;
+    const QString name = u"application.name = \"%1\""_s.arg(application);
+    // One block per stream, each starting with its "Sink Input #N" line.
+    for (const QString& block : listing->split(u"Sink Input #"_s)) {
+        if (block.contains(name) && block.contains(u"Corked: no"_s))
+            return true;
+    }
+    return false;
 }

@@ -14,4 +14,6 @@ public:
     // Loads a module and returns its index, -1 on failure.
     static int load(const QString& module, const QStringList& arguments);
     static void unload(int index);
+    // Whether a stream of the named application plays into a sink (is there and not corked).
+    static bool isPlaying(const QString& application);
 };

@@ -3,6 +3,8 @@
 #include <QTest>
 #include <QTimer>
 
+using namespace Qt::StringLiterals;
+
 RecordingRun::RecordingRun(VideoRecorder& recorder, double seconds, Hook hook)
     : m_recorder(recorder)
     , m_seconds(seconds)
@@ -54,4 +56,12 @@ QString RecordingRun::message() const
     if (results.empty() || results.front().ok())
         return {};
     return results.front().error().localizedDescription();
+}
+
+QString RecordingRun::history() const
+{
+    QStringList lines;
+    for (const auto& [state, text] : statuses)
+        lines.append(u"%1 %2"_s.arg(static_cast<int>(state)).arg(text));
+    return lines.join(u", "_s);
 }

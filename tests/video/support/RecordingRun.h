@@ -26,6 +26,9 @@ public:
     QList<RecorderState> states() const;
     bool ok() const { return results.size() == 1 && results.front().ok(); }
     QString message() const;
+    // Every status so far, "state text" one after the other, to say where a run that did not end
+    // got stuck.
+    QString history() const;
 
     QList<QPair<RecorderState, QString>> statuses;
     std::vector<Result<QString>> results;

@@ -1,5 +1,9 @@
 #include "Tones.h"
 
+#include "Pulse.h"
+
+#include <QTest>
+
 #include <cmath>
 #include <numbers>
 
@@ -38,13 +42,20 @@ void Tones::Stop::operator()(QProcess* player) const
 
 Tones::Player Tones::play(const QString& sink, int frequency, double amplitude)
 {
+    // Not a live source: its samples follow each other whatever the clock does. A live one, on a
+    // busy test machine, is resynchronised to the sound server's clock now and then, and the tone
+    // the tests measure then jumps or stops for tens of milliseconds in the sink itself.
+    const QString application = u"vexet-tone-%1"_s.arg(frequency);
     Player player(new QProcess);
     player->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     player->setStandardOutputFile(QProcess::nullDevice());
     player->start(u"gst-launch-1.0"_s,
-        { u"-q"_s, u"audiotestsrc"_s, u"is-live=true"_s, u"wave=sine"_s, u"freq=%1"_s.arg(frequency),
+        { u"-q"_s, u"audiotestsrc"_s, u"is-live=false"_s, u"wave=sine"_s, u"freq=%1"_s.arg(frequency),
             u"volume=%1"_s.arg(amplitude), u"!"_s, u"audio/x-raw,rate=48000,channels=2"_s, u"!"_s,
-            u"pulsesink"_s, u"device=%1"_s.arg(sink) });
-    player->waitForStarted();
+            u"pulsesink"_s, u"device=%1"_s.arg(sink), u"client-name=%1"_s.arg(application) });
+    if (!player->waitForStarted()
+        || !QTest::qWaitFor(
+            [&] { return player->state() == QProcess::Running && Pulse::isPlaying(application); }, 10000))
+        return {};
     return player;
 }

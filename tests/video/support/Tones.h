@@ -19,5 +19,6 @@ public:
     using Player = std::unique_ptr<QProcess, Stop>;
 
     // Plays a sine of the given frequency and amplitude into the sink until the player is released.
+    // Returns once the sound server plays the stream; no player if it does not within 10 s.
     static Player play(const QString& sink, int frequency, double amplitude);
 };
