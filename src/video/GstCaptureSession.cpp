@@ -115,8 +115,12 @@ std::optional<Error> GstCaptureSession::build()
     GstBusPtr bus(gst_pipeline_get_bus(reinterpret_cast<GstPipeline*>(m_pipeline.get())));
     gst_bus_set_sync_handler(bus.get(), &GstCaptureSession::onBusMessage, this, nullptr);
     addProbe(RecordingPipeline::videoSource, "src", &GstCaptureSession::onVideoFrame);
-    addProbe(RecordingPipeline::videoSource, "src", &GstCaptureSession::onVideoEvent,
-        GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM);
+    // Events are watched where the source's output arrives: pictures can still be handed in there
+    // while its end of stream goes by.
+    GstPadPtr output(gst_element_get_static_pad(videoSource.get(), "src"));
+    GstPadPtr input(gst_pad_get_peer(output.get()));
+    gst_pad_add_probe(
+        input.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &GstCaptureSession::onVideoEvent, this, nullptr);
     addProbe(RecordingPipeline::fileSink, "sink", &GstCaptureSession::onFileData);
     return std::nullopt;
 }
@@ -166,6 +170,8 @@ std::optional<Error> GstCaptureSession::stop()
     if (m_phase != Phase::Running)
         return std::nullopt;
     m_stoppedAt = recordedSeconds();
+    if (m_stoppedAt)
+        m_stopRunningTime = static_cast<GstClockTime>(*m_stoppedAt * GST_SECOND);
     m_phase = Phase::Stopping;
     m_endAsked = true;
     if (!gst_element_send_event(m_pipeline.get(), gst_event_new_eos()))
@@ -334,26 +340,22 @@ GstPadProbeReturn GstCaptureSession::onVideoFrame(GstPad*, GstPadProbeInfo* info
     // Once the source is lost it would repeat its last picture or show the desktop behind.
     if (session->m_sourceLost)
         return GST_PAD_PROBE_DROP;
-    if (!session->m_firstFrameSeen && (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER)) {
-        session->m_firstFrameSeen = true;
-        // The first picture stands for the time from the start of capture, like the audio's silence.
-        GstBuffer* buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
-        GST_PAD_PROBE_INFO_DATA(info) = buffer;
-        const GstClockTime pts = GST_BUFFER_PTS(buffer);
-        if (GST_CLOCK_TIME_IS_VALID(pts) && GST_BUFFER_DURATION_IS_VALID(buffer))
-            GST_BUFFER_DURATION(buffer) += pts;
-        GST_BUFFER_PTS(buffer) = 0;
-    }
+    if (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER)
+        GST_PAD_PROBE_INFO_DATA(info) = session->m_edges.onPicture(GST_PAD_PROBE_INFO_BUFFER(info));
     return GST_PAD_PROBE_OK;
 }
 
-GstPadProbeReturn GstCaptureSession::onVideoEvent(GstPad*, GstPadProbeInfo* info, gpointer self)
+GstPadProbeReturn GstCaptureSession::onVideoEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self)
 {
     auto* session = static_cast<GstCaptureSession*>(self);
+    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS)
+        return GST_PAD_PROBE_OK;
     // A source that ends while nobody asked it to has lost what it records: a desktop's stream was
     // stopped. The other streams go on until the failure is handled.
-    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS && !session->m_endAsked)
+    if (!session->m_endAsked)
         session->onSourceError(true, RecordingTexts::sourceEnded());
+    else if (!session->m_sourceLost && session->m_request.area.stream.kind == CaptureStream::Kind::pipeWire)
+        session->m_edges.finish(pad, session->m_stopRunningTime, GST_SECOND / session->m_request.options.fps);
     return GST_PAD_PROBE_OK;
 }
 

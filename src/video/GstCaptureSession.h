@@ -2,6 +2,7 @@
 
 #include "CaptureSession.h"
 #include "GstPointers.h"
+#include "VideoEdges.h"
 
 #include <QSet>
 #include <QTimer>
@@ -65,7 +66,8 @@ private:
     std::atomic<bool> m_sourceLost { false };
     std::atomic<bool> m_endAsked { false };
     std::atomic<bool> m_dataWritten { false };
-    bool m_firstFrameSeen = false; // the video source's streaming thread only
+    std::atomic<GstClockTime> m_stopRunningTime { GST_CLOCK_TIME_NONE };
+    VideoEdges m_edges; // the video source's streaming thread only
     std::atomic<gint64> m_lastSync { 0 };
     std::atomic<gint64> m_lastFrame { 0 };
     mutable std::mutex m_errorMutex;

@@ -28,10 +28,10 @@ QString x11Source(const CaptureRequest& request)
 }
 
 // A desktop's stream sends a frame only when the picture changes, at whatever moments it changes:
-// the source repeats its last frame after a short quiet (so that the end of a still screen is in the
-// file too), and videorate turns what comes into the constant rate, repeating frames where the screen
-// stood still. Frames are copied out of the stream's buffers at once, so that the desktop never waits
-// for them. A region is the display's stream cut down.
+// the source repeats its last frame after a short quiet, videorate turns what comes into the
+// constant rate, repeating frames where the screen stood still, and the capture stretches the first
+// and last pictures to the start and the stop. Frames are copied out of the stream's buffers at once, so that
+// the desktop never waits for them. A region is the display's stream cut down.
 QString pipeWireSource(const CaptureRequest& request)
 {
     // The desktop is asked for no more frames than the file takes: copying frames that are then
