@@ -16,7 +16,9 @@ QString RecordCheckArguments::usage()
            u"  --no-system-audio     leave the system audio out\n"
            u"  --microphone          record the default microphone too\n"
            u"  --no-cursor           leave the pointer out\n"
-           u"  --preset NAME         the encoder's speed preset (benchmarks)\n\n"
+           u"  --preset NAME         the encoder's speed preset (benchmarks)\n"
+           u"  --heartbeat           time a 10 ms timer on the main thread and print its longest gap in\n"
+           u"                        each phase: \"<ms> heartbeat <phase> <gap ms> at <ms>\" (benchmarks)\n\n"
            u"Output: \"<ms> status <state> <text>\" lines, \"<ms> recorded <seconds>\" at the stop, and\n"
            u"\"<ms> finished ok <path>\" or \"<ms> finished error <message>\". Exit status 0 on success, 1 "
            u"on\n"
@@ -86,6 +88,8 @@ std::optional<RecordCheckArguments> RecordCheckArguments::parse(
             const auto preset = value();
             ok = preset.has_value();
             result.preset = preset.value_or(QString());
+        } else if (option == u"--heartbeat"_s) {
+            result.heartbeat = true;
         } else {
             ok = false;
         }

@@ -19,6 +19,7 @@ struct RecordCheckArguments {
     double stopAfterStartMs = -1; // stop this long after start(), whatever the state (countdown tests)
     VideoOptions options;
     QString preset;
+    bool heartbeat = false;
 
     // Nothing and a message on stderr for a bad command line.
     static std::optional<RecordCheckArguments> parse(const QStringList& arguments, QString* problem);

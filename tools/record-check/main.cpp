@@ -1,4 +1,5 @@
 // vexet-record-check: the recording engine without the window, for developers, tests and benchmarks.
+#include "Heartbeat.h"
 #include "PortalVideoDesktop.h"
 #include "RecordCheckArguments.h"
 #include "RecordingCancellation.h"
@@ -133,13 +134,24 @@ int main(int argc, char* argv[])
     clock.start();
     int exitCode = 1;
     bool stopScheduled = false;
+    const std::unique_ptr<Heartbeat> heartbeat
+        = arguments->heartbeat ? std::make_unique<Heartbeat>(clock) : nullptr;
+    const auto enter = [&](const QString& phase) {
+        if (heartbeat)
+            heartbeat->enter(phase);
+    };
     const auto stopNow = [&] {
+        enter(u"finishing"_s);
         const std::optional<double> recorded = recorder.recordedSeconds();
         out << clock.elapsed() << " recorded " << (recorded ? QString::number(*recorded, 'f', 3) : u"-"_s)
             << Qt::endl;
         recorder.stop();
     };
     const auto end = [&](const Result<QString>& result) {
+        for (const Heartbeat::Gap& gap : heartbeat ? heartbeat->gaps() : QList<Heartbeat::Gap>()) {
+            out << clock.elapsed() << " heartbeat " << gap.phase << ' ' << gap.longestMs << " at " << gap.atMs
+                << Qt::endl;
+        }
         if (result.ok()) {
             out << clock.elapsed() << " finished ok " << result.value() << Qt::endl;
             exitCode = 0;
@@ -152,6 +164,8 @@ int main(int argc, char* argv[])
     };
     recorder.onStatus = [&](RecorderState state, const QString& text) {
         out << clock.elapsed() << " status " << recorderStateName(state) << ' ' << text << Qt::endl;
+        if (state == RecorderState::Recording)
+            enter(u"recording"_s);
         if (state == RecorderState::Recording && !stopScheduled && arguments->stopAfterStartMs < 0) {
             stopScheduled = true;
             QTimer::singleShot(static_cast<int>(arguments->seconds * 1000), &recorder, stopNow);
@@ -159,6 +173,7 @@ int main(int argc, char* argv[])
     };
     recorder.onFinish = end;
     const auto record = [&](const VideoTarget& target) {
+        enter(u"starting"_s);
         recorder.start(target, arguments->options, arguments->output);
         if (arguments->stopAfterStartMs >= 0)
             QTimer::singleShot(static_cast<int>(arguments->stopAfterStartMs), &recorder, stopNow);
