@@ -30,8 +30,9 @@ class CaptureSession : public QObject {
 public:
     using QObject::QObject;
 
-    // Sets the capture up without capturing yet: devices are opened, the file is checked.
-    virtual std::optional<Error> prepare() = 0;
+    // Sets the capture up without capturing yet: devices are opened, the file is checked. done follows
+    // later from the event loop, with nothing or what failed; the session may be destroyed in it.
+    virtual void prepare(std::function<void(const std::optional<Error>&)> done) = 0;
     // Capturing begins; onStarted follows when the first data reaches the file.
     virtual std::optional<Error> start() = 0;
     // Asks the capture to end; onFinished follows once the file is complete, or onFailed.

@@ -1,10 +1,13 @@
 #include "GstCaptureSession.h"
 
+#include "BackgroundTask.h"
+#include "EndOfStream.h"
 #include "GstSupport.h"
 #include "RecordingPipeline.h"
 #include "RecordingTexts.h"
 
 #include <QFile>
+#include <QThreadPool>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -61,32 +64,46 @@ CaptureSessionFactory GstCaptureSession::factory()
     };
 }
 
-std::optional<Error> GstCaptureSession::prepare()
+void GstCaptureSession::prepare(std::function<void(const std::optional<Error>&)> done)
 {
-    if (m_phase != Phase::Idle)
-        return videoError(RecordingTexts::captureFailed());
-    if (std::optional<Error> error = build())
+    if (m_phase != Phase::Idle) {
+        QTimer::singleShot(0, this, [done] { done(videoError(RecordingTexts::captureFailed())); });
+        return;
+    }
+    m_phase = Phase::Preparing;
+    // Making the pipeline loads its plugins and creates its elements, which takes a tenth of a second
+    // or more: it is done on another thread, the rest here.
+    BackgroundTask::run<GstSupport::Parsed>(
+        this,
+        [description = RecordingPipeline::describe(m_request).toUtf8()] {
+            return GstSupport::parse(description);
+        },
+        [this, done](GstSupport::Parsed parsed) {
+            // A session shut down in the meantime lets the new pipeline go unused.
+            if (m_phase != Phase::Preparing)
+                return;
+            const std::optional<Error> error = setUp(std::move(parsed));
+            if (!error)
+                m_phase = Phase::Prepared;
+            done(error);
+        });
+}
+
+std::optional<Error> GstCaptureSession::setUp(GstSupport::Parsed parsed)
+{
+    if (std::optional<Error> error = build(std::move(parsed)))
         return error;
     m_syncFile = ::open(QFile::encodeName(m_request.stagingPath).constData(), O_RDONLY | O_CLOEXEC);
     m_errorWatch = m_desktop.watchCapture(m_request.area.sourceId, m_request.area.window,
         [this](bool sourceLost, const QString& description) { onSourceError(sourceLost, description); });
-    if (std::optional<Error> error = errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_READY)))
-        return error;
-    m_phase = Phase::Prepared;
-    return std::nullopt;
+    return errorOfStart(gst_element_set_state(m_pipeline.get(), GST_STATE_READY));
 }
 
-std::optional<Error> GstCaptureSession::build()
+std::optional<Error> GstCaptureSession::build(GstSupport::Parsed parsed)
 {
-    GstSupport::ensureInitialized();
-    GError* parseError = nullptr;
-    GstElement* pipeline
-        = gst_parse_launch(RecordingPipeline::describe(m_request).toUtf8().constData(), &parseError);
-    GErrorPtr error(parseError);
-    if (pipeline)
-        m_pipeline.reset(static_cast<GstElement*>(gst_object_ref_sink(pipeline)));
-    if (!m_pipeline || error)
-        return GstSupport::fromGError(error.get());
+    if (!parsed.pipeline || parsed.error)
+        return GstSupport::fromGError(parsed.error.get());
+    m_pipeline = std::move(parsed.pipeline);
 
     GstObjectPtr<GstClock> clock(gst_system_clock_obtain());
     gst_pipeline_use_clock(reinterpret_cast<GstPipeline*>(m_pipeline.get()), clock.get());
@@ -174,8 +191,7 @@ std::optional<Error> GstCaptureSession::stop()
         m_stopRunningTime = static_cast<GstClockTime>(*m_stoppedAt * GST_SECOND);
     m_phase = Phase::Stopping;
     m_endAsked = true;
-    if (!gst_element_send_event(m_pipeline.get(), gst_event_new_eos()))
-        return videoError(RecordingTexts::stopFailed());
+    EndOfStream::send(m_pipeline.get());
     m_deadline.disconnect();
     connect(&m_deadline, &QTimer::timeout, this,
         [this] { handleFailure(videoError(RecordingTexts::stopFailed())); });
@@ -201,18 +217,11 @@ void GstCaptureSession::shutDown(std::function<void()> done)
     }
     // Let the muxer close its last fragment: end every stream, also those whose source has failed
     // and will not end by itself.
-    gst_element_send_event(m_pipeline.get(), gst_event_new_eos());
     QSet<QString> ended = m_failedElements;
     // A desktop's stream that has stopped leaves its source waiting for frames that never come.
     if (m_sourceLost)
         ended.insert(QString::fromLatin1(RecordingPipeline::videoSource));
-    for (const QString& name : std::as_const(ended)) {
-        GstElementPtr failed = element(m_pipeline.get(), name.toUtf8().constData());
-        GstPadPtr pad(failed ? gst_element_get_static_pad(failed.get(), "src") : nullptr);
-        GstPadPtr peer(pad ? gst_pad_get_peer(pad.get()) : nullptr);
-        if (peer)
-            gst_pad_send_event(peer.get(), gst_event_new_eos());
-    }
+    EndOfStream::send(m_pipeline.get(), ended.values());
     m_deadline.start(shutDownDeadlineMs);
 }
 
@@ -255,9 +264,12 @@ void GstCaptureSession::tearDown()
     }
     m_errorWatch.reset();
     if (m_syncFile >= 0) {
-        ::fdatasync(m_syncFile);
-        ::close(m_syncFile);
-        m_syncFile = -1;
+        // The last of the file reaches the disk in the background: a slow disk would hold up the main
+        // thread for as long as it takes.
+        QThreadPool::globalInstance()->start([file = std::exchange(m_syncFile, -1)] {
+            ::fdatasync(file);
+            ::close(file);
+        });
     }
 }
 
@@ -278,6 +290,10 @@ void GstCaptureSession::handleMessage(GstMessage* message)
         handleFailure(GstSupport::fromGError(error.get()));
         break;
     }
+    case GST_MESSAGE_APPLICATION:
+        if (m_phase == Phase::Stopping && gst_message_has_name(message, EndOfStream::refused))
+            handleFailure(videoError(RecordingTexts::stopFailed()));
+        break;
     case GST_MESSAGE_EOS:
         if (m_phase == Phase::ShuttingDown) {
             endShutDown();
@@ -317,7 +333,7 @@ GstBusSyncReply GstCaptureSession::onBusMessage(GstBus*, GstMessage* message, gp
 {
     auto* session = static_cast<GstCaptureSession*>(self);
     const GstMessageType type = GST_MESSAGE_TYPE(message);
-    if (type != GST_MESSAGE_ERROR && type != GST_MESSAGE_EOS)
+    if (type != GST_MESSAGE_ERROR && type != GST_MESSAGE_EOS && type != GST_MESSAGE_APPLICATION)
         return GST_BUS_DROP;
     if (type == GST_MESSAGE_ERROR) {
         GError* raw = nullptr;

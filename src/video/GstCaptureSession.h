@@ -2,6 +2,7 @@
 
 #include "CaptureSession.h"
 #include "GstPointers.h"
+#include "GstSupport.h"
 #include "VideoEdges.h"
 
 #include <QSet>
@@ -23,7 +24,7 @@ public:
     GstCaptureSession(CaptureRequest request, RecordingDesktopInterface& desktop, QObject* parent = nullptr);
     ~GstCaptureSession() override;
 
-    std::optional<Error> prepare() override;
+    void prepare(std::function<void(const std::optional<Error>&)> done) override;
     std::optional<Error> start() override;
     std::optional<Error> stop() override;
     void shutDown(std::function<void()> done) override;
@@ -32,14 +33,15 @@ public:
     static CaptureSessionFactory factory();
 
 private:
-    enum class Phase { Idle, Prepared, Running, Stopping, ShuttingDown, Ended };
+    enum class Phase { Idle, Preparing, Prepared, Running, Stopping, ShuttingDown, Ended };
 
     static GstBusSyncReply onBusMessage(GstBus* bus, GstMessage* message, gpointer self);
     static GstPadProbeReturn onVideoFrame(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn onVideoEvent(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstPadProbeReturn onFileData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
 
-    std::optional<Error> build();
+    std::optional<Error> setUp(GstSupport::Parsed parsed);
+    std::optional<Error> build(GstSupport::Parsed parsed);
     void addProbe(const char* element, const char* pad, GstPadProbeCallback callback,
         GstPadProbeType type
         = static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST));

@@ -33,6 +33,17 @@ QStringList GstSupport::missingElements(CaptureStream::Kind source)
     return missing;
 }
 
+GstSupport::Parsed GstSupport::parse(const QByteArray& description)
+{
+    ensureInitialized();
+    Parsed parsed;
+    GError* error = nullptr;
+    if (GstElement* pipeline = gst_parse_launch(description.constData(), &error))
+        parsed.pipeline.reset(static_cast<GstElement*>(gst_object_ref_sink(pipeline)));
+    parsed.error.reset(error);
+    return parsed;
+}
+
 Error GstSupport::fromGError(const GError* error)
 {
     if (!error)

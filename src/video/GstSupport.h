@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Error.h"
+#include "GstPointers.h"
 #include "RecordingDesktopInterface.h"
 
 #include <QStringList>
@@ -15,6 +16,14 @@ public:
     // The elements the recorder and the finishing step need that are not installed, for captures that
     // reach their pictures the given way.
     static QStringList missingElements(CaptureStream::Kind source);
+
+    // A pipeline made from a launch description (floating reference sunk), or what was wrong with the
+    // description. Safe on any thread.
+    struct Parsed {
+        GstElementPtr pipeline;
+        GErrorPtr error;
+    };
+    static Parsed parse(const QByteArray& description);
 
     // An error of a GStreamer message, with the element's own (translated) message as its description.
     static Error fromGError(const GError* error);

@@ -1,6 +1,7 @@
 #include "VideoRecorder.h"
 
 #include "AudioDevices.h"
+#include "BackgroundTask.h"
 #include "CapturePlan.h"
 #include "ElapsedTime.h"
 #include "FragmentedMp4.h"
@@ -12,7 +13,6 @@
 #include "VideoFile.h"
 
 #include <QFileInfo>
-#include <QThread>
 
 namespace {
 
@@ -95,28 +95,43 @@ void VideoRecorder::runStart(quint64 task, const VideoTarget& target, const Vide
 {
     if (m_startTask != task)
         return;
-    if (std::optional<Error> error = prepareCapture(task, target, options))
-        startFailed(*error);
-    else
-        countdown(task, countdownSeconds);
+    // The sound server may be slow to answer: its devices are looked up away from the main thread.
+    std::function<std::optional<QString>()> microphone
+        = options.microphone ? m_backend.defaultMicrophone : nullptr;
+    std::function<std::optional<QString>()> output
+        = options.systemAudio ? m_backend.defaultOutputMonitor : nullptr;
+    BackgroundTask::run<Result<CaptureRequest>>(
+        this,
+        [microphone, output]() -> Result<CaptureRequest> {
+            CaptureRequest request;
+            if (microphone) {
+                const std::optional<QString> found = microphone();
+                if (!found)
+                    return videoError(RecordingTexts::noMicrophone());
+                request.microphone = *found;
+            }
+            if (output)
+                request.systemAudio = output().value_or(QString());
+            return request;
+        },
+        [this, task, target, options](const Result<CaptureRequest>& devices) {
+            if (m_startTask != task)
+                return;
+            if (std::optional<Error> error = prepareCapture(task, target, options, devices))
+                startFailed(*error);
+        });
 }
 
-std::optional<Error> VideoRecorder::prepareCapture(
-    quint64 task, const VideoTarget& target, const VideoOptions& options)
+std::optional<Error> VideoRecorder::prepareCapture(quint64 task, const VideoTarget& target,
+    const VideoOptions& options, const Result<CaptureRequest>& devices)
 {
     if (options.fps < 1)
         qFatal("VideoRecorder: %d frames per second", options.fps);
-    CaptureRequest request;
-    if (options.microphone) {
-        const std::optional<QString> microphone = m_backend.defaultMicrophone();
-        if (!microphone)
-            return videoError(RecordingTexts::noMicrophone());
-        request.microphone = *microphone;
-    }
-    if (options.systemAudio)
-        request.systemAudio = m_backend.defaultOutputMonitor().value_or(QString());
     if (cancelled(task))
         return RecordingCancellation::error();
+    if (!devices)
+        return devices.error();
+    CaptureRequest request = devices.value();
     const Result<CaptureArea> area = CapturePlan::resolve(target, m_desktop);
     if (!area)
         return area.error();
@@ -131,17 +146,22 @@ std::optional<Error> VideoRecorder::prepareCapture(
     m_staging = staging;
     request.stagingPath = staging;
 
-    std::unique_ptr<CaptureSession> session = m_backend.createSession(request, m_desktop);
-    if (std::optional<Error> error = session->prepare())
-        return error;
-    CaptureSession* current = session.get();
-    session->onStarted = [this, current] { outputStarted(current); };
-    session->onFinished = [this, current] { outputFinished(current); };
-    session->onFailed = [this, current](const Error& error) {
+    m_session = m_backend.createSession(request, m_desktop);
+    CaptureSession* current = m_session.get();
+    current->onStarted = [this, current] { outputStarted(current); };
+    current->onFinished = [this, current] { outputFinished(current); };
+    current->onFailed = [this, current](const Error& error) {
         if (m_session.get() == current)
             failAfterStopping(error);
     };
-    m_session = std::move(session);
+    current->prepare([this, task, current](const std::optional<Error>& error) {
+        if (m_session.get() != current || m_startTask != task || m_finishing)
+            return;
+        if (error)
+            startFailed(*error);
+        else
+            countdown(task, countdownSeconds);
+    });
     return std::nullopt;
 }
 
@@ -270,13 +290,9 @@ void VideoRecorder::saveRecording()
     }
     // The finishing step blocks for a while; it runs on a thread of its own and reports back here,
     // unless this recorder is gone by then.
-    auto finished = std::make_shared<std::optional<Result<QString>>>();
-    QThread* worker = QThread::create([finished, finishAudio = m_backend.finishAudio, staging = *m_staging] {
-        *finished = finishAudio(staging);
-    });
-    connect(worker, &QThread::finished, this, [this, finished] { completeSave(finished->value()); });
-    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
-    worker->start();
+    BackgroundTask::run<Result<QString>>(
+        this, [finishAudio = m_backend.finishAudio, staging = *m_staging] { return finishAudio(staging); },
+        [this](const Result<QString>& finished) { completeSave(finished); });
 }
 
 void VideoRecorder::completeSave(const Result<QString>& finished)

@@ -18,9 +18,11 @@
 // destination, finishes the file (VideoFile) and moves it onto the destination, and rescues whatever
 // was recorded when something fails.
 //
-// Everything runs on the main thread. onStatus is called with every change of state or elapsed time;
-// onFinish exactly once per recording, with the destination or an error whose description is the
-// whole message for the user (RecordingCancellation when the user cancelled during the countdown).
+// It runs on the main thread and never makes it wait: the sound devices are looked up, the capture
+// is set up and the file finished on other threads, which report back. onStatus is called with
+// every change of state or elapsed time; onFinish exactly once per recording, with the destination
+// or an error whose description is the whole message for the user (RecordingCancellation when the
+// user cancelled during the countdown).
 class VideoRecorder : public QObject {
     Q_OBJECT
 
@@ -59,7 +61,8 @@ public:
 private:
     void report(RecorderState state, const QString& text);
     void runStart(quint64 task, const VideoTarget& target, const VideoOptions& options);
-    std::optional<Error> prepareCapture(quint64 task, const VideoTarget& target, const VideoOptions& options);
+    std::optional<Error> prepareCapture(quint64 task, const VideoTarget& target, const VideoOptions& options,
+        const Result<CaptureRequest>& devices);
     void countdown(quint64 task, int secondsLeft);
     void beginCapture(quint64 task);
     bool cancelled(quint64 task) const;

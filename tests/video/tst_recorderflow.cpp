@@ -50,7 +50,10 @@ public:
         , m_script(script)
     {
     }
-    std::optional<Error> prepare() override { return m_script.prepareError; }
+    void prepare(std::function<void(const std::optional<Error>&)> done) override
+    {
+        QTimer::singleShot(0, this, [this, done] { done(m_script.prepareError); });
+    }
     std::optional<Error> start() override
     {
         m_clock.start();

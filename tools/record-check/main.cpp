@@ -168,7 +168,8 @@ int main(int argc, char* argv[])
             enter(u"recording"_s);
         if (state == RecorderState::Recording && !stopScheduled && arguments->stopAfterStartMs < 0) {
             stopScheduled = true;
-            QTimer::singleShot(static_cast<int>(arguments->seconds * 1000), &recorder, stopNow);
+            QTimer::singleShot(
+                static_cast<int>(arguments->seconds * 1000), Qt::PreciseTimer, &recorder, stopNow);
         }
     };
     recorder.onFinish = end;
@@ -176,7 +177,8 @@ int main(int argc, char* argv[])
         enter(u"starting"_s);
         recorder.start(target, arguments->options, arguments->output);
         if (arguments->stopAfterStartMs >= 0)
-            QTimer::singleShot(static_cast<int>(arguments->stopAfterStartMs), &recorder, stopNow);
+            QTimer::singleShot(
+                static_cast<int>(arguments->stopAfterStartMs), Qt::PreciseTimer, &recorder, stopNow);
     };
     if (portal) {
         out << clock.elapsed() << " choosing" << Qt::endl;

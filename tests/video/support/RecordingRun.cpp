@@ -14,7 +14,8 @@ RecordingRun::RecordingRun(VideoRecorder& recorder, double seconds, Hook hook)
         statuses.append({ state, text });
         if (state == RecorderState::Recording && !m_stopScheduled && m_seconds >= 0) {
             m_stopScheduled = true;
-            QTimer::singleShot(static_cast<int>(m_seconds * 1000), &m_recorder, [this] {
+            // A coarse timer may fire up to a twentieth of its time early: the recording would be short.
+            QTimer::singleShot(static_cast<int>(m_seconds * 1000), Qt::PreciseTimer, &m_recorder, [this] {
                 recordedAtStop = m_recorder.recordedSeconds();
                 m_recorder.stop();
             });
