@@ -3,21 +3,24 @@
 #
 #   bench/record-speed.sh [BUILD_DIR] [SECONDS]      (defaults: build, 60)
 #
-# On one 1920 × 1080 monitor with full-screen moving content and a tone playing into the speaker,
-# records SECONDS at 30 and at 60 frames per second with system audio, once with Vexet's engine
-# (vexet-record-check) and once with ffmpeg (x11grab + pulse + libx264 and FFmpeg's AAC, with the
-# engine's settings: the same preset, CRF 23, no B-frames, key-frame interval, AAC coder and bitrate,
-# size and rate), and prints for each: frames written ÷ frames expected, CPU seconds per recorded
-# second while recording and for the whole run (for Vexet with its countdown and finishing step; for
-# ffmpeg the two are the same), bytes per second, and the ratios ours ÷ ffmpeg, each the median of
-# ROUNDS rounds (every round's figures go to standard error). Then it makes a 10-minute recording
-# with two audio tracks and times the finishing step on it.
+# On one 1920 × 1080 monitor with full-screen moving content (CONTENT: bars, the default, or
+# desktop; see vexet-moving-content) and a tone playing into the speaker, records SECONDS at 30 and
+# at 60 frames per second with system audio, once with Vexet's engine (vexet-record-check, its
+# default settings) and once with ffmpeg as people run it: x11grab + pulse, libx264 with the same
+# speed preset and CRF 23 and its own defaults otherwise (its key-frame interval and B-frames),
+# 4:2:0 pictures (what players play) and the same audio (FFmpeg's AAC with its fast coder, 128
+# kbit/s). It prints for each: frames written ÷ frames expected (ffmpeg passes the frames it took
+# through as they came, so that a frame it missed counts), CPU seconds per recorded second while
+# recording and for the whole run (for Vexet with its countdown and finishing step; for ffmpeg the
+# two are the same), bytes per second, and the ratios ours ÷ ffmpeg, each the median of ROUNDS
+# rounds (every round's figures go to standard error). Then it makes a 10-minute recording with two
+# audio tracks and times the finishing step on it.
 #
-# One difference stays: x264enc always holds constant quality under a bit-rate bound (here the H.264
-# level's), ffmpeg's libx264 under none, and on identical pictures that alone makes x264 spend about a
-# fifth more bits; the bytes-per-second ratio shows it.
+# What the two encoders make of the same pictures, with the quality of each (SSIM), is measured by
+# bench/encoder.sh; what each captures, by bench/capture-path.sh.
 #
 # Environment: PRESETS (default "superfast"): the x264 speed presets to compare; ROUNDS (default 3);
+# CONTENT (default bars);
 # FINISH=0 skips the finishing step. Needs ffmpeg (apt-get install ffmpeg) and gstreamer1.0-tools.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -55,7 +58,7 @@ video_frames() {
 }
 duration() { ffprobe -v error -show_entries format=duration -of csv=p=0 "$1"; }
 
-"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 bars &
+"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 "${CONTENT:-bars}" &
 pids+=($!)
 gst-launch-1.0 -q audiotestsrc is-live=true freq=440 volume=0.3 ! pulsesink device=vexet_speaker &
 pids+=($!)
@@ -89,7 +92,7 @@ theirs() {
     local fps=$1 preset=$2 out=$work/ffmpeg-$1-$2.mp4 pid cpu=0 now
     ffmpeg -hide_banner -loglevel error -y -thread_queue_size 1024 -f x11grab -framerate "$fps" \
         -video_size 1920x1080 -draw_mouse 1 -i "$DISPLAY+0,0" -thread_queue_size 1024 -f pulse \
-        -i vexet_speaker.monitor -c:v libx264 -preset "$preset" -crf 23 -bf 0 -g $((2 * fps)) \
+        -i vexet_speaker.monitor -c:v libx264 -preset "$preset" -crf 23 \
         -pix_fmt yuv420p -c:a aac -aac_coder fast -b:a 128k -ar 48000 -ac 2 -fps_mode passthrough -t "$seconds" "$out" \
         </dev/null &
     pid=$!

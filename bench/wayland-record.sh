@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Recording on the Wayland test desktop through the ScreenCast portal and PipeWire: Vexet's engine
 # (vexet-record-check) against a reference recorder made of GStreamer's own pieces,
-#   gst-launch-1.0 pipewiresrc … ! videoconvert ! x264enc (the engine's encoder settings) ! mp4mux
+#   gst-launch-1.0 pipewiresrc … ! videoconvert ! the engine's encoder (bench_recording_branches) ! mp4mux
 # on a stream of the same portal (bench_screencast_session opens it and hands the descriptor over).
 #
 #   bench/wayland-record.sh [BUILD_DIR] [SECONDS]      (defaults: build, 60)
@@ -19,7 +19,8 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 if [[ ${1:-} != --inside ]]; then
     build=$(cd "${1:-$here/build}" && pwd)
     seconds=${2:-60}
-    ninja -C "$build" vexet-record-check bench_screencast_session vexet-moving-content vexet-tray-watcher >/dev/null
+    ninja -C "$build" vexet-record-check bench_screencast_session bench_recording_branches vexet-moving-content \
+        vexet-tray-watcher >/dev/null
     bash "$here/tests/desktop/screencast-backend.sh" "$build/screencast-backend"
     exec bash "$here/tests/desktop/wayland-desktop.sh" --tray-watcher "$build/tests/wayland/tray/vexet-tray-watcher" \
         --screencast-backend "$build/screencast-backend/xdg-desktop-portal-wlr" -- \
@@ -53,14 +54,14 @@ vexet() {
 
 # The same for the reference; stopped with an end of stream after SECONDS.
 reference() {
-    local fps=$1 out=$work/reference.mp4 times=$work/reference.time
+    local fps=$1 out=$work/reference.mp4 times=$work/reference.time encoder
     rm -f "$out"
+    read -ra encoder <<<"$("$build/bench/bench_recording_branches" encoder 1920 1080 "$fps")"
     "$build/bench/bench_screencast_session" /usr/bin/time -f '%U %S %e' -o "$times" \
         timeout -s INT "$seconds" gst-launch-1.0 -q -e pipewiresrc 'fd={fd}' 'path={node}' do-timestamp=true \
         ! "video/x-raw,max-framerate=$fps/1" ! videorate ! "video/x-raw,framerate=$fps/1" \
         ! videoconvert ! video/x-raw,format=I420 \
-        ! x264enc speed-preset=superfast pass=qual quantizer=23 bitrate=2048000 key-int-max=$((2 * fps)) bframes=0 \
-        ! h264parse ! mp4mux ! filesink location="$out" >/dev/null || true
+        ! "${encoder[@]}" ! mp4mux ! filesink location="$out" >/dev/null || true
     # GNU time puts "Command exited with non-zero status 124" (the stop by timeout) before its figures.
     echo "$(tail -n 1 "$times" | awk '{ print $1 + $2, $3 }') $(frames "$out")"
 }

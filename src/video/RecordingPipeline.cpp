@@ -52,28 +52,6 @@ QString pipeWireSource(const CaptureRequest& request)
     return source;
 }
 
-QString videoBranch(const CaptureRequest& request)
-{
-    const QString source = request.area.stream.kind == CaptureStream::Kind::pipeWire ? pipeWireSource(request)
-                                                                                     : x11Source(request);
-    const int fps = request.options.fps;
-    // The encoder keeps a constant quality (CRF 23, what x264 itself defaults to). x264enc always bounds
-    // constant quality by its bitrate property (2 Mbit/s unless set): that bound is lifted to the highest
-    // value, and the level asked of the encoder, which fits the picture size and rate, then sets the real
-    // bound and is written into the file, so that players know they can play it.
-    return source + rawVideoQueue
-        + u" ! videoconvertscale add-borders=true"
-          u" ! video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1"
-          u" ! x264enc speed-preset=%3 pass=qual quantizer=23 bitrate=2048000 key-int-max=%4 bframes=0 "
-          u"aud=false"
-          u" ! video/x-h264,level=(string)%5 ! h264parse ! "_s.arg(request.frameSize.width)
-              .arg(request.frameSize.height)
-              .arg(request.speedPreset)
-              .arg(2 * fps)
-              .arg(H264Level::forFrames(request.frameSize.width, request.frameSize.height, fps))
-        + deepQueue + u" ! %1."_s.arg(QString::fromLatin1(RecordingPipeline::muxer));
-}
-
 // AAC at 128 kbit/s with FFmpeg's fast coder: at this rate it is as good as the default two-loop
 // search and takes about half the time. The sound is read in pieces of 40 ms with half a second in
 // reserve: a sound server without real-time scheduling (PipeWire's, on a busy machine) loses
@@ -87,6 +65,40 @@ QString audioBranch(int index)
 }
 
 } // namespace
+
+QString RecordingPipeline::pictures(const CaptureRequest& request)
+{
+    const QString source = request.area.stream.kind == CaptureStream::Kind::pipeWire ? pipeWireSource(request)
+                                                                                     : x11Source(request);
+    return source + rawVideoQueue + u" ! "_s + conversion(request);
+}
+
+QString RecordingPipeline::conversion(const CaptureRequest& request)
+{
+    return u"videoconvertscale add-borders=true ! video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1 ! "_s
+        .arg(request.frameSize.width)
+        .arg(request.frameSize.height);
+}
+
+QString RecordingPipeline::encoder(const CaptureRequest& request)
+{
+    const int fps = request.options.fps;
+    // Constant quality (CRF 23, x264's own default) with no bit-rate bound: x264enc bounds constant
+    // quality by its bitrate property unless its VBV buffer is empty, and under any bound x264 lowers
+    // the quantizer of rows it expects to come out small, which on screen content costs from a sixth
+    // to a third more bytes at the same settings. The level asked of the encoder fits the picture
+    // size and rate and is written into the file, so that players know they can play it.
+    //
+    // A key frame every five seconds: screen content changes little between frames and every key
+    // frame costs as much as many others; seeking decodes at most five seconds forward. Two reference
+    // frames: scrolled and moved content finds its match one frame further back, for better quality
+    // at no more bytes. No B-frames: their reordering would shift the picture a frame or two late
+    // against the sound (see describe()).
+    return u"x264enc speed-preset=%1 pass=qual quantizer=23 vbv-buf-capacity=0 key-int-max=%2 ref=2 bframes=0"
+           u" aud=false ! video/x-h264,level=(string)%3 ! h264parse"_s.arg(request.speedPreset)
+               .arg(keyFrameSeconds * fps)
+               .arg(H264Level::forFrames(request.frameSize.width, request.frameSize.height, fps));
+}
 
 QString RecordingPipeline::audioSource(int index)
 {
@@ -109,7 +121,8 @@ QString RecordingPipeline::describe(const CaptureRequest& request)
     QString description = u"mp4mux name=%1 fragment-duration=1000 faststart=false"
                           u" ! filesink name=%2 buffer-mode=unbuffered async=false "_s.arg(
                               QString::fromLatin1(muxer), QString::fromLatin1(fileSink))
-        + videoBranch(request);
+        + pictures(request) + encoder(request) + u" ! "_s + deepQueue
+        + u" ! %1."_s.arg(QString::fromLatin1(muxer));
     const qsizetype tracks = audioTracks(request.options).size();
     for (int i = 0; i < tracks; ++i)
         description += audioBranch(i);

@@ -13,6 +13,8 @@ public:
     static constexpr const char* fileSink = "file";
     // A desktop's stream that has been quiet for this long repeats its last frame.
     static constexpr int keepAliveMs = 100;
+    // The encoder's distance between key frames.
+    static constexpr int keyFrameSeconds = 5;
     // Audio sources are named "audio_source0", "audio_source1", … in track order.
     static QString audioSource(int index);
 
@@ -27,6 +29,13 @@ public:
     // across any drop-out), the first picture is stretched back to the start (see the session), and
     // the encoder makes no B-frames, whose reordering delay would otherwise shift the video.
     static QString describe(const CaptureRequest& request);
+
+    // The parts of the video branch, for benchmarks as much as for describe(): the request's source
+    // as raw I420 pictures of its frame size, of which the conversion from any raw video is the last
+    // part (both end in " ! "), and the H.264 encoder for them (ending in h264parse).
+    static QString pictures(const CaptureRequest& request);
+    static QString conversion(const CaptureRequest& request);
+    static QString encoder(const CaptureRequest& request);
 
     // The audio tracks in order: true for system audio (the default output's monitor), false for the
     // microphone.

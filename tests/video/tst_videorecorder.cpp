@@ -1,10 +1,12 @@
 #include "H264Level.h"
 #include "MediaReader.h"
+#include "MediaSeek.h"
 #include "MovingPicture.h"
 #include "Pulse.h"
 #include "RecordingCancellation.h"
 #include "RecordingCheck.h"
 #include "RecordingFiles.h"
+#include "RecordingPipeline.h"
 #include "RecordingRun.h"
 #include "TestMedia.h"
 #include "Tones.h"
@@ -131,6 +133,43 @@ private Q_SLOTS:
         checkRecording(destination, QSize(1280, 1024), 30, *run.recordedAtStop, u"display"_s);
         QVERIFY2(leftovers().isEmpty(), qPrintable(leftovers().join(u", "_s)));
         QVERIFY(!QFile::exists(path(u"other.mp4"_s)));
+    }
+
+    void finishedFilesHaveKeyFramesToSeekTo()
+    {
+        MovingPicture content(QRect(100, 100, 600, 400), Qt::red, false);
+        content.show();
+        QVERIFY(waitForPicture(content));
+        const QString destination = path(u"seek.mp4"_s);
+        VideoRecorder recorder(*m_desktop);
+        // Long enough for a second key frame.
+        const double seconds = RecordingPipeline::keyFrameSeconds + 1.5;
+        RecordingRun run(recorder, seconds);
+        VideoOptions options = bothSources();
+        options.microphone = false;
+        run.start(VideoRegion { m_left, QRectF(0, 0, 800, 600) }, options, destination);
+        QVERIFY(run.waitForResult(60000));
+        QVERIFY2(run.ok(), qPrintable(run.message()));
+
+        const MediaReader::Packets packets = MediaReader::packets(destination);
+        QVERIFY2(packets.error.isEmpty(), qPrintable(packets.error));
+        QCOMPARE(packets.video().size(), 1);
+        const QList<double> keys = packets.video().front().keyTimes;
+        QVERIFY2(keys.size() >= 2, qPrintable(u"%1 key frames"_s.arg(keys.size())));
+        QCOMPARE(keys.front(), packets.video().front().firstTime);
+        for (qsizetype i = 1; i < keys.size(); ++i) {
+            QVERIFY2(
+                keys.at(i) - keys.at(i - 1) <= RecordingPipeline::keyFrameSeconds + 1.0 / options.fps + 1e-6,
+                qPrintable(u"key frames at %1 s and %2 s"_s.arg(keys.at(i - 1)).arg(keys.at(i))));
+        }
+        // An exact seek shows the picture of the time asked for, between key frames and after the last.
+        for (const double time : { 1.0, keys.at(1) - 0.5, keys.at(1) + 0.8 }) {
+            QString error;
+            const std::optional<double> shown = MediaSeek::pictureAt(destination, time, &error);
+            QVERIFY2(shown, qPrintable(u"a seek to %1 s: %2"_s.arg(time).arg(error)));
+            QVERIFY2(std::abs(*shown - time) <= 1.0 / options.fps + 1e-6,
+                qPrintable(u"a seek to %1 s shows the picture of %2 s"_s.arg(time).arg(*shown)));
+        }
     }
 
     void recordsOnlyThePartOfARegionInsideItsDisplay()

@@ -128,6 +128,8 @@ GstPadProbeReturn onPacket(GstPad*, GstPadProbeInfo* info, gpointer data)
             = start + (GST_BUFFER_DURATION_IS_VALID(buffer) ? seconds(GST_BUFFER_DURATION(buffer)) : 0);
         if (track.firstTime < 0 || start < track.firstTime)
             track.firstTime = start;
+        if (!GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT))
+            track.keyTimes.append(start);
         track.endTime = std::max(track.endTime, end);
     }
     GstMapInfo map;

@@ -21,6 +21,7 @@ public:
         double firstTime = -1; // seconds, of the earliest packet
         double endTime = -1; // seconds, end of the latest packet
         QByteArray digest; // of every packet's bytes, in order
+        QList<double> keyTimes; // seconds, of the packets that decode on their own (key frames)
         bool isVideo() const { return name.startsWith(QStringLiteral("video")); }
         bool isAudio() const { return name.startsWith(QStringLiteral("audio")); }
         bool isH264() const { return caps.startsWith(QStringLiteral("video/x-h264")); }

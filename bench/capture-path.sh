@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# Capture alone: the pictures each recorder hands to its encoder, Vexet's against ffmpeg's.
+#
+#   bench/capture-path.sh [BUILD_DIR] [SECONDS]      (defaults: build, 10)
+#
+# On one 1920 × 1080 monitor of the virtual desktop with full-screen moving content, each recorder
+# captures SECONDS at 30 and at 60 frames per second and writes, instead of encoding, the raw I420
+# pictures its encoder would get: Vexet's source and conversion exactly as a recording runs them
+# (bench_recording_branches), ffmpeg's x11grab converted to yuv420p as ffmpeg does before libx264.
+# For each it prints the frames ÷ the frames its time span should hold, the gaps between the pictures' times (mean
+# and longest, in frame durations; pictures more than half a frame late), and the CPU seconds per
+# second of capture and conversion. Then the content is frozen and both take the same still
+# picture: each result is compared with the exact conversion of the screen's RGB pixels by the
+# BT.709 and by the BT.601 matrix (PSNR of Y, U, V in dB; identical planes print inf), and the colours
+# each recorder declares in its H.264 file are shown.
+#
+# Needs ffmpeg, ffprobe and gstreamer1.0-tools.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+if [[ ${1:-} != --inside ]]; then
+    build=$(cd "${1:-$here/build}" && pwd)
+    seconds=${2:-10}
+    for tool in ffmpeg ffprobe gst-launch-1.0; do
+        command -v "$tool" >/dev/null || { echo "capture-path: $tool is missing" >&2; exit 2; }
+    done
+    ninja -C "$build" bench_recording_branches vexet-moving-content >/dev/null
+    exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
+        bash "${BASH_SOURCE[0]}" --inside "$build" "$seconds"
+fi
+
+build=$2
+seconds=$3
+# Raw 1080p pictures come to gigabytes: they go to memory where there is room.
+scratch=${TMPDIR:-/tmp}
+[[ -d /dev/shm ]] && scratch=/dev/shm
+work=$(mktemp -d "$scratch/vexet-capture-path.XXXXXX")
+content=
+cleanup() {
+    if [[ -n $content ]]; then
+        kill -CONT "$content" 2>/dev/null || true
+        kill "$content" 2>/dev/null || true
+    fi
+    wait 2>/dev/null || true
+    rm -rf "$work"
+}
+trap cleanup EXIT
+
+"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 bars &
+content=$!
+sleep 2
+
+# CPU seconds (user + system) of a command, also one that timeout interrupts.
+cpu_of() { { /usr/bin/time -f '%U %S' "$@" 2>&1 >/dev/null || true; } | tail -n 1 | awk '{ print $1 + $2 }'; }
+grab=(-f x11grab -video_size 1920x1080 -draw_mouse 0)
+
+# vexet FPS OUT [SECONDS]: Vexet's pictures into a Matroska file of raw I420, for SECONDS (the
+# pipeline is interrupted and ends its file), printing the CPU time.
+vexet() {
+    local words
+    read -ra words <<<"$("$build/bench/bench_recording_branches" pictures 1920 1080 "$1") matroskamux ! filesink location=$2"
+    cpu_of timeout -s INT "${3:-$seconds}" gst-launch-1.0 -q -e "${words[@]}"
+}
+# ffmpeg FPS OUT [SECONDS]: the same from ffmpeg.
+ffmpeg_grab() {
+    cpu_of ffmpeg -hide_banner -loglevel error -y "${grab[@]}" -framerate "$1" -i "$DISPLAY+0,0" -t "${3:-$seconds}" \
+        -fps_mode passthrough -pix_fmt yuv420p -c:v rawvideo -f matroska "$2"
+}
+# The frames of a file against those its time span should hold, and the gaps between their times in
+# frame durations: "frames÷expected mean longest late".
+timing() {
+    ffprobe -v error -select_streams v:0 -show_entries packet=pts_time -of csv=p=0 "$1" | sort -g | awk -v fps="$2" '
+        NR == 1 { first = $1 }
+        NR > 1 { gap = ($1 - last) * fps; sum += gap; if (gap > longest) longest = gap; if (gap > 1.5) late++ }
+        { last = $1 }
+        END { printf "%.4f %.3f %.2f %d\n", NR / ((last - first) * fps + 1), (NR > 1) ? sum / (NR - 1) : 0, longest, late }'
+}
+
+row() { printf '%-8s %4s %11s %10s %12s %6s %9s\n' "$@"; }
+row who fps frames/exp mean-gap longest-gap late cpu-s/s
+for fps in 30 60; do
+    for who in vexet ffmpeg; do
+        out=$work/$who-$fps.mkv
+        if [[ $who == vexet ]]; then cpu=$(vexet "$fps" "$out"); else cpu=$(ffmpeg_grab "$fps" "$out"); fi
+        read -r share mean longest late < <(timing "$out" "$fps")
+        row "$who" "$fps" "$share" "$mean" "$longest" "$late" \
+            "$(awk -v c="$cpu" -v s="$seconds" 'BEGIN { printf "%.3f", c / s }')"
+        rm -f "$out"
+    done
+done
+
+# The same still picture through both paths.
+kill -STOP "$content"
+sleep 0.5
+ffmpeg -hide_banner -loglevel error -y "${grab[@]}" -i "$DISPLAY+0,0" -frames:v 1 "$work/screen.png"
+vexet 30 "$work/vexet-still.mkv" 1 >/dev/null
+ffmpeg_grab 30 "$work/ffmpeg-still.mkv" 1 >/dev/null
+raw=(-f rawvideo -pix_fmt yuv420p)
+for who in vexet ffmpeg; do
+    ffmpeg -hide_banner -loglevel error -y -sseof -0.2 -i "$work/$who-still.mkv" -frames:v 1 "${raw[@]}" "$work/$who.yuv"
+done
+for matrix in bt709 bt470bg; do
+    ffmpeg -hide_banner -loglevel error -y -i "$work/screen.png" \
+        -vf "scale=out_color_matrix=$matrix:out_range=tv:flags=accurate_rnd+full_chroma_int" "${raw[@]}" \
+        "$work/$matrix.yuv"
+done
+psnr() {
+    ffmpeg -hide_banner -nostats "${raw[@]}" -s 1920x1080 -i "$1" "${raw[@]}" -s 1920x1080 -i "$2" \
+        -lavfi psnr -f null - 2>&1 | sed -n 's/.*PSNR y:\([0-9.inf]*\) u:\([0-9.inf]*\) v:\([0-9.inf]*\).*/\1 \2 \3/p'
+}
+echo
+echo "a still picture against the exact conversion of the screen's pixels (PSNR y u v, dB):"
+printf '%-8s %-26s %-26s\n' who "BT.709" "BT.601"
+for who in vexet ffmpeg; do
+    printf '%-8s %-26s %-26s\n' "$who" "$(psnr "$work/$who.yuv" "$work/bt709.yuv")" \
+        "$(psnr "$work/$who.yuv" "$work/bt470bg.yuv")"
+done
+kill -CONT "$content"
+
+# The colours each declares in its file: the same second encoded by each.
+read -ra words <<<"$("$build/bench/bench_recording_branches" pictures 1920 1080 30) $("$build/bench/bench_recording_branches" encoder 1920 1080 30) ! mp4mux ! filesink location=$work/vexet.mp4"
+timeout -s INT 1 gst-launch-1.0 -q -e "${words[@]}" >/dev/null || true
+ffmpeg -hide_banner -loglevel error -y "${grab[@]}" -framerate 30 -i "$DISPLAY+0,0" -t 1 -c:v libx264 \
+    -preset superfast -pix_fmt yuv420p "$work/ffmpeg.mp4"
+echo
+echo "colours declared in the H.264 file (matrix, range):"
+for who in vexet ffmpeg; do
+    printf '%-8s %s\n' "$who" "$(ffprobe -v error -select_streams v:0 -show_entries stream=color_space,color_range \
+        -of csv=p=0 "$work/$who.mp4")"
+done
