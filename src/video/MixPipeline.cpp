@@ -13,9 +13,12 @@ namespace {
 // Generous: the video is only copied, so even hours of recording take well under a minute.
 constexpr double baseDeadlineSeconds = 120;
 // Header space kept per track and second of media: a 60 fps video track with irregular frame
-// durations needs about 800 bytes a second, an AAC track about 300.
-constexpr guint reservedBytesPerSecond = 1200;
-constexpr double reservedMarginSeconds = 30;
+// durations needs about 800 bytes a second, an AAC track about 300. The muxer keeps the space twice
+// and what the header leaves unused stays in the file as padding, so it is kept to what the longest
+// header needs, for the file's own length (known to the millisecond) and a few seconds more; a
+// header that still outgrows it makes the mix start again the classic way.
+constexpr guint reservedBytesPerSecond = 900;
+constexpr double reservedMarginSeconds = 5;
 // Audio travels between the threads of the mix in buffers of a tenth of a second.
 constexpr int audioBuffersPerSecond = 10;
 
