@@ -8,8 +8,10 @@
 # pictures its encoder would get: Vexet's source and conversion exactly as a recording runs them
 # (bench_recording_branches), ffmpeg's x11grab converted to yuv420p as ffmpeg does before libx264.
 # For each it prints the frames ÷ the frames its time span should hold, the gaps between the pictures' times (mean
-# and longest, in frame durations; pictures more than half a frame late), and the CPU seconds per
-# second of capture and conversion. Then the content is frozen and both take the same still
+# and longest, in frame durations; pictures more than half a frame late), the CPU seconds per
+# second of capture and conversion, and what the same encoder (Vexet's) makes of the pictures:
+# bytes per second and key frames per ten seconds (x264 starts one wherever a picture differs too
+# much from the one before). Then the content is frozen and both take the same still
 # picture: each result is compared with the exact conversion of the screen's RGB pixels by the
 # BT.709 and by the BT.601 matrix (PSNR of Y, U, V in dB; identical planes print inf), and the colours
 # each recorder declares in its H.264 file are shown.
@@ -76,15 +78,30 @@ timing() {
         END { printf "%.4f %.3f %.2f %d\n", NR / ((last - first) * fps + 1), (NR > 1) ? sum / (NR - 1) : 0, longest, late }'
 }
 
-row() { printf '%-8s %4s %11s %10s %12s %6s %9s\n' "$@"; }
-row who fps frames/exp mean-gap longest-gap late cpu-s/s
+# What Vexet's encoder makes of a file of raw pictures, every one of them, at the file's rate
+# (Matroska's millisecond times leave some of a 60 fps file's pictures without one):
+# "bytes_per_second key_frames_per_10_s".
+encoded() {
+    local words
+    read -ra words <<<"fdsrc fd=0 ! y4mdec ! $("$build/bench/bench_recording_branches" encoder 1920 1080 "$2") ! mp4mux ! filesink location=$work/encoded.mp4"
+    ffmpeg -v error -i "$1" -fps_mode passthrough -r "$2" -f yuv4mpegpipe - | gst-launch-1.0 -q "${words[@]}"
+    ffprobe -v error -select_streams v:0 -show_entries packet=size,flags,duration_time -of compact=p=0 \
+        "$work/encoded.mp4" | awk -F'|' '{
+            for (i = 1; i <= NF; i++) { split($i, kv, "="); v[kv[1]] = kv[2] }
+            time += v["duration_time"]; bytes += v["size"]; if (v["flags"] ~ /K/) keys++
+        } END { printf "%.0f %.1f\n", bytes / time, 10 * keys / time }'
+}
+
+row() { printf '%-8s %4s %11s %10s %12s %6s %9s %10s %8s\n' "$@"; }
+row who fps frames/exp mean-gap longest-gap late cpu-s/s bytes/s keys/10s
 for fps in 30 60; do
     for who in vexet ffmpeg; do
         out=$work/$who-$fps.mkv
         if [[ $who == vexet ]]; then cpu=$(vexet "$fps" "$out"); else cpu=$(ffmpeg_grab "$fps" "$out"); fi
         read -r share mean longest late < <(timing "$out" "$fps")
+        read -r bytes keys < <(encoded "$out" "$fps")
         row "$who" "$fps" "$share" "$mean" "$longest" "$late" \
-            "$(awk -v c="$cpu" -v s="$seconds" 'BEGIN { printf "%.3f", c / s }')"
+            "$(awk -v c="$cpu" -v s="$seconds" 'BEGIN { printf "%.3f", c / s }')" "$bytes" "$keys"
         rm -f "$out"
     done
 done
