@@ -84,10 +84,11 @@ QString RecordingPipeline::encoder(const CaptureRequest& request)
 {
     const int fps = request.options.fps;
     // Constant quality (CRF 23, x264's own default) with no bit-rate bound: x264enc bounds constant
-    // quality by its bitrate property unless its VBV buffer is empty, and under any bound x264 lowers
-    // the quantizer of rows it expects to come out small, which on screen content costs from a sixth
-    // to a third more bytes at the same settings. The level asked of the encoder fits the picture
-    // size and rate and is written into the file, so that players know they can play it.
+    // quality by its bitrate property unless its VBV buffer is empty, and x264 under any bound spends
+    // its bits otherwise: on flat screen content an eighth to a third more bytes for the same
+    // pictures, on grainy content fewer at a lower quality (bench/encoder.sh). The level asked of the
+    // encoder fits the picture size and rate and is written into the file, so that players know they
+    // can play it.
     //
     // A key frame every five seconds: screen content changes little between frames and every key
     // frame costs as much as many others; seeking decodes at most five seconds forward. Two reference
