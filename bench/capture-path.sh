@@ -33,10 +33,8 @@ fi
 
 build=$2
 seconds=$3
-# Raw 1080p pictures come to gigabytes: they go to memory where there is room.
-scratch=${TMPDIR:-/tmp}
-[[ -d /dev/shm ]] && scratch=/dev/shm
-work=$(mktemp -d "$scratch/vexet-capture-path.XXXXXX")
+source "$here/bench/figures.sh"
+work=$(mktemp -d "$(scratch_dir)/vexet-capture-path.XXXXXX")
 content=
 cleanup() {
     if [[ -n $content ]]; then
@@ -52,8 +50,6 @@ trap cleanup EXIT
 content=$!
 sleep 2
 
-# CPU seconds (user + system) of a command, also one that timeout interrupts.
-cpu_of() { { /usr/bin/time -f '%U %S' "$@" 2>&1 >/dev/null || true; } | tail -n 1 | awk '{ print $1 + $2 }'; }
 grab=(-f x11grab -video_size 1920x1080 -draw_mouse 0)
 
 # vexet FPS OUT [SECONDS]: Vexet's pictures into a Matroska file of raw I420, for SECONDS (the

@@ -47,10 +47,8 @@ fi
 build=$2
 seconds=$3
 rounds=${ROUNDS:-3}
-# Raw 1080p pictures come to gigabytes: they go to memory where there is room.
-scratch=${TMPDIR:-/tmp}
-[[ -d /dev/shm ]] && scratch=/dev/shm
-work=$(mktemp -d "$scratch/vexet-encoder.XXXXXX")
+source "$here/bench/figures.sh"
+work=$(mktemp -d "$(scratch_dir)/vexet-encoder.XXXXXX")
 content=
 cleanup() {
     [[ -n $content ]] && kill "$content" 2>/dev/null
@@ -59,10 +57,6 @@ cleanup() {
 }
 trap cleanup EXIT
 
-# CPU seconds (user + system) of a command, its children included.
-cpu_of() { /usr/bin/time -f '%U %S' "$@" 2>&1 >/dev/null | tail -n 1 | awk '{ print $1 + $2 }'; }
-median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", a / b }'; }
 stream_bytes() {
     ffprobe -v error -select_streams v:0 -show_entries packet=size -of csv=p=0 "$1" | awk '{ s += $1 } END { print s }'
 }

@@ -38,6 +38,7 @@ fi
 build=$2
 desktop=$3
 rounds=$4
+source "$here/bench/figures.sh"
 work=$(mktemp -d)
 content=
 trap '[[ -n $content ]] && kill "$content" 2>/dev/null; rm -rf "$work"' EXIT
@@ -47,7 +48,6 @@ trap '[[ -n $content ]] && kill "$content" 2>/dev/null; rm -rf "$work"' EXIT
 content=$!
 sleep 2
 
-median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 largest() { printf '%s\n' "$@" | sort -g | tail -n 1; }
 
 starting=() recording=() finishing=()

@@ -37,6 +37,7 @@ if [[ ${1:-} != --inside ]]; then
 fi
 
 build=$2
+source "$here/bench/figures.sh"
 seconds=$3
 presets=${PRESETS:-superfast}
 rounds=${ROUNDS:-3}
@@ -52,7 +53,6 @@ trap cleanup EXIT
 
 # CPU time of a process so far, in clock ticks (user + system, its threads included).
 cpu_ticks() { awk '{ print $14 + $15 }' "/proc/$1/stat"; }
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b == 0) print "-"; else printf "%.3f", a / b }'; }
 video_frames() {
     ffprobe -v error -select_streams v:0 -count_packets -show_entries stream=nb_read_packets -of csv=p=0 "$1"
 }
@@ -107,8 +107,6 @@ theirs() {
         'BEGIN { printf "%.4f %.3f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, cpu / ticks / dur, bytes / dur }'
 }
 
-# The median of some numbers.
-median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
 row() { printf '%-10s %4s %-8s %11s %11s %11s %11s\n' "$@"; }
 row preset fps who frames/exp cpu-s/s whole-cpu bytes/s
