@@ -4,12 +4,36 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 PatternWindow::PatternWindow(QColor base)
     : m_base(base)
 {
+}
+
+// Qt 6.4's Wayland plugin can free a frame callback twice when the window is torn down on this
+// thread while the compositor's answer to it is handled on the plugin's frame thread. The window
+// therefore goes only once its last frame has been answered: an update request is delivered no
+// sooner than that, and it is swallowed so that nothing is drawn again.
+PatternWindow::~PatternWindow()
+{
+    if (!isExposed())
+        return;
+    m_leaving = true;
+    requestUpdate();
+    if (!QTest::qWaitFor([this] { return m_lastFrameDone; }, 2000))
+        qWarning("%s: its last frame was not answered within 2 s", qPrintable(title()));
+}
+
+bool PatternWindow::event(QEvent* event)
+{
+    if (m_leaving && event->type() == QEvent::UpdateRequest) {
+        m_lastFrameDone = true;
+        return true;
+    }
+    return QRasterWindow::event(event);
 }
 
 QRgb PatternWindow::colorAt(int x, int y) const

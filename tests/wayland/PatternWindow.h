@@ -18,6 +18,7 @@ public:
     };
 
     explicit PatternWindow(QColor base);
+    ~PatternWindow() override;
 
     // The colour of logical pixel (x, y): the base colour with stripes that change every 8 pixels,
     // so that a picture shifted, scaled or cut wrongly does not match.
@@ -31,6 +32,7 @@ public:
     int paintCount() const { return m_paints; }
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -44,4 +46,6 @@ private:
     QColor m_base;
     QList<Event> m_events;
     int m_paints = 0;
+    bool m_leaving = false;
+    bool m_lastFrameDone = false;
 };
