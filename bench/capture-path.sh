@@ -136,8 +136,8 @@ timeout -s INT 1 gst-launch-1.0 -q -e "${words[@]}" >/dev/null || true
 ffmpeg -hide_banner -loglevel error -y "${grab[@]}" -framerate 30 -i "$DISPLAY+0,0" -t 1 -c:v libx264 \
     -preset superfast -pix_fmt yuv420p "$work/ffmpeg.mp4"
 echo
-echo "colours declared in the H.264 file (matrix, range):"
+echo "colours declared in the H.264 file (range, matrix, where the colour samples sit):"
 for who in vexet ffmpeg; do
-    printf '%-8s %s\n' "$who" "$(ffprobe -v error -select_streams v:0 -show_entries stream=color_space,color_range \
+    printf '%-8s %s\n' "$who" "$(ffprobe -v error -select_streams v:0 -show_entries stream=color_range,color_space,chroma_location \
         -of csv=p=0 "$work/$who.mp4")"
 done
