@@ -3,7 +3,8 @@
 #
 #   bench/capture-path.sh [BUILD_DIR] [SECONDS]      (defaults: build, 10)
 #
-# On one 1920 × 1080 monitor of the virtual desktop with full-screen moving content, each recorder
+# On one 1920 × 1080 monitor of the virtual desktop with full-screen moving content (CONTENT: bars,
+# the default, or desktop; see tests/video/support/moving_content.cpp), each recorder
 # captures SECONDS at 30 and at 60 frames per second and writes, instead of encoding, the raw I420
 # pictures its encoder would get: Vexet's source and conversion exactly as a recording runs them
 # (bench_recording_branches), ffmpeg's x11grab converted to yuv420p as ffmpeg does before libx264.
@@ -46,7 +47,7 @@ cleanup() {
 }
 trap cleanup EXIT
 
-"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 bars &
+"$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 "${CONTENT:-bars}" &
 content=$!
 sleep 2
 
