@@ -238,6 +238,12 @@ void onDecodedPad(GstElement*, GstPad* pad, gpointer data)
     const bool video = g_str_has_prefix(kind, "video/");
     if (!video && !g_str_has_prefix(kind, "audio/"))
         return;
+    if (video) {
+        auto* state = static_cast<DecodeState*>(context->state);
+        GCharPtr text(gst_caps_to_string(caps.get()));
+        std::lock_guard lock(state->mutex);
+        state->result.videoCaps = QString::fromUtf8(text.get());
+    }
     GstElement* sink = attachSink(context->pipeline, pad,
         // A caps filter at the end of a bin description would be dropped: it has to be an element.
         video ? "videoconvert ! capsfilter caps=video/x-raw,format=BGRx"

@@ -44,6 +44,7 @@ public:
         double videoStart = -1; // seconds
         double videoEnd = -1;
         QImage frame; // the picture asked for, as RGB32
+        QString videoCaps; // the decoder's pictures as it describes them: colorimetry, chroma siting, …
         QVector<float> audio; // interleaved stereo at 48 kHz
         double audioStart = -1; // seconds
         QString error; // empty when the whole file decoded

@@ -31,6 +31,11 @@ QString RecordingCheck::problems(
     const MediaReader::Decoded decoded = MediaReader::decode(file);
     if (!decoded.error.isEmpty())
         return decoded.error;
+    const QString colorimetry
+        = u"colorimetry=(string)%1"_s.arg(size.height() > 576 ? u"bt709"_s : u"bt601"_s);
+    if (!decoded.videoCaps.contains(u"chroma-site=(string)jpeg"_s)
+        || !decoded.videoCaps.contains(colorimetry))
+        return u"pictures described as %1"_s.arg(decoded.videoCaps);
     const double duration = decoded.videoEnd;
     if (std::abs(duration - recordedSeconds) > tolerance)
         return u"%1 s of video for %2 s recorded"_s.arg(duration).arg(recordedSeconds);
