@@ -12,9 +12,10 @@
 # kbit/s). It prints for each: frames written ÷ frames expected (ffmpeg passes the frames it took
 # through as they came, so that a frame it missed counts), CPU seconds per recorded second while
 # recording and for the whole run (for Vexet with its countdown and finishing step; for ffmpeg the
-# two are the same), bytes per second, and the ratios ours ÷ ffmpeg, each the median of ROUNDS
-# rounds (every round's figures go to standard error). Then it makes a 10-minute recording with two
-# audio tracks and times the finishing step on it.
+# two are the same), bytes per second, the share of the video's bytes in key frames, and the
+# ratios ours ÷ ffmpeg, each the median of ROUNDS rounds (every round's figures go to standard
+# error). Then it makes a 10-minute recording with two audio tracks and times the finishing step on
+# it.
 #
 # What the two encoders make of the same pictures, with the quality of each (SSIM), is measured by
 # bench/encoder.sh; what each captures, by bench/capture-path.sh.
@@ -57,6 +58,12 @@ video_frames() {
     ffprobe -v error -select_streams v:0 -count_packets -show_entries stream=nb_read_packets -of csv=p=0 "$1"
 }
 duration() { ffprobe -v error -show_entries format=duration -of csv=p=0 "$1"; }
+# The share of the video's bytes in key frames, in per cent: each key frame of flat screen content
+# costs as much as dozens of others.
+key_share() {
+    ffprobe -v error -select_streams v:0 -show_entries packet=size,flags -of csv=p=0 "$1" |
+        awk -F, '{ all += $1; if ($2 ~ /K/) keys += $1 } END { printf "%.1f", 100 * keys / all }'
+}
 
 "$build/tests/video/vexet-moving-content" 0 0 1920 1080 60 "${CONTENT:-bars}" &
 pids+=($!)
@@ -85,7 +92,8 @@ ours() {
     recorded=$(awk '/ recorded /{ print $3 }' "$log")
     awk -v frames="$(video_frames "$out")" -v fps="$fps" -v rec="$recorded" -v cpu=$((cpu1 - cpu0)) \
         -v whole="$whole" -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" -v dur="$(duration "$out")" \
-        'BEGIN { printf "%.4f %.3f %.3f %.0f\n", frames / (fps * rec), cpu / ticks / rec, whole / ticks / rec, bytes / dur }'
+        -v keys="$(key_share "$out")" \
+        'BEGIN { printf "%.4f %.3f %.3f %.0f %s\n", frames / (fps * rec), cpu / ticks / rec, whole / ticks / rec, bytes / dur, keys }'
 }
 
 theirs() {
@@ -103,34 +111,37 @@ theirs() {
     wait "$pid" || { echo "ffmpeg failed" >&2; exit 1; }
     # ffmpeg records exactly the time asked for (-t): that is what its frames are counted against.
     awk -v frames="$(video_frames "$out")" -v fps="$fps" -v dur="$seconds" -v cpu="$cpu" \
-        -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" \
-        'BEGIN { printf "%.4f %.3f %.3f %.0f\n", frames / (fps * dur), cpu / ticks / dur, cpu / ticks / dur, bytes / dur }'
+        -v ticks="$ticks" -v bytes="$(stat -c %s "$out")" -v keys="$(key_share "$out")" \
+        'BEGIN { printf "%.4f %.3f %.3f %.0f %s\n", frames / (fps * dur), cpu / ticks / dur, cpu / ticks / dur, bytes / dur, keys }'
 }
 
 
-row() { printf '%-10s %4s %-8s %11s %11s %11s %11s\n' "$@"; }
-row preset fps who frames/exp cpu-s/s whole-cpu bytes/s
+row() { printf '%-10s %4s %-8s %11s %11s %11s %11s %10s\n' "$@"; }
+row preset fps who frames/exp cpu-s/s whole-cpu bytes/s key-bytes%
 for preset in $presets; do
     for fps in 30 60; do
-        of=() oc=() ow=() ob=() tf=() tc=() tw=() tb=()
+        of=() oc=() ow=() ob=() ok=() tf=() tc=() tw=() tb=() tk=()
         for ((round = 0; round < rounds; round++)); do
             # Each round in the other order, so that a drift of the machine falls on both alike.
             if ((round % 2 == 0)); then
-                read -r a b c d < <(ours "$fps" "$preset")
-                read -r e f g h < <(theirs "$fps" "$preset")
+                read -r a b c d k < <(ours "$fps" "$preset")
+                read -r e f g h l < <(theirs "$fps" "$preset")
             else
-                read -r e f g h < <(theirs "$fps" "$preset")
-                read -r a b c d < <(ours "$fps" "$preset")
+                read -r e f g h l < <(theirs "$fps" "$preset")
+                read -r a b c d k < <(ours "$fps" "$preset")
             fi
-            of+=("$a") oc+=("$b") ow+=("$c") ob+=("$d") tf+=("$e") tc+=("$f") tw+=("$g") tb+=("$h")
-            echo "  round $((round + 1)) at $fps fps: vexet $a $b $c $d, ffmpeg $e $f $g $h" >&2
+            of+=("$a") oc+=("$b") ow+=("$c") ob+=("$d") ok+=("$k")
+            tf+=("$e") tc+=("$f") tw+=("$g") tb+=("$h") tk+=("$l")
+            echo "  round $((round + 1)) at $fps fps: vexet $a $b $c $d $k, ffmpeg $e $f $g $h $l" >&2
         done
-        o=("$(median "${of[@]}")" "$(median "${oc[@]}")" "$(median "${ow[@]}")" "$(median "${ob[@]}")")
-        t=("$(median "${tf[@]}")" "$(median "${tc[@]}")" "$(median "${tw[@]}")" "$(median "${tb[@]}")")
+        o=("$(median "${of[@]}")" "$(median "${oc[@]}")" "$(median "${ow[@]}")" "$(median "${ob[@]}")"
+            "$(median "${ok[@]}")")
+        t=("$(median "${tf[@]}")" "$(median "${tc[@]}")" "$(median "${tw[@]}")" "$(median "${tb[@]}")"
+            "$(median "${tk[@]}")")
         row "$preset" "$fps" vexet "${o[@]}"
         row "$preset" "$fps" ffmpeg "${t[@]}"
         row "$preset" "$fps" ratio "$(ratio "${o[0]}" "${t[0]}")" "$(ratio "${o[1]}" "${t[1]}")" \
-            "$(ratio "${o[2]}" "${t[2]}")" "$(ratio "${o[3]}" "${t[3]}")"
+            "$(ratio "${o[2]}" "${t[2]}")" "$(ratio "${o[3]}" "${t[3]}")" -
     done
 done
 
