@@ -32,22 +32,12 @@
 # Environment: ROUNDS (default 3). Needs ffmpeg, ffprobe and gstreamer1.0-tools.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-
-if [[ ${1:-} != --inside ]]; then
-    build=$(cd "${1:-$here/build}" && pwd)
-    seconds=${2:-10}
-    for tool in ffmpeg ffprobe gst-launch-1.0; do
-        command -v "$tool" >/dev/null || { echo "encoder: $tool is missing" >&2; exit 2; }
-    done
-    ninja -C "$build" bench_recording_branches vexet-moving-content >/dev/null
-    exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
-        bash "${BASH_SOURCE[0]}" --inside "$build" "$seconds"
-fi
+source "$here/bench/figures.sh"
+run_inside_desktop encoder 10 "${1:-}" "${2:-}" bench_recording_branches vexet-moving-content
 
 build=$2
 seconds=$3
 rounds=${ROUNDS:-3}
-source "$here/bench/figures.sh"
 work=$(mktemp -d "$(scratch_dir)/vexet-encoder.XXXXXX")
 content=
 cleanup() {

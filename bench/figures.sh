@@ -11,3 +11,21 @@ cpu_of() { { /usr/bin/time -f '%U %S' "$@" 2>&1 >/dev/null || true; } | tail -n 
 
 # Where raw 1080p pictures, which come to gigabytes, can go: memory where there is room.
 scratch_dir() { if [[ -d /dev/shm ]]; then echo /dev/shm; else echo "${TMPDIR:-/tmp}"; fi; }
+
+# The benchmarks that record moving content run again inside a 1920 × 1080 virtual desktop:
+#   run_inside_desktop NAME DEFAULT_SECONDS "${1:-}" "${2:-}" TARGET…
+# outside one (no --inside), checks for ffmpeg, ffprobe and gst-launch-1.0, builds the targets in
+# BUILD_DIR (default: build) and runs the calling script as "--inside BUILD_DIR SECONDS" there; it
+# returns only when already inside. Needs $here, the project's root.
+run_inside_desktop() {
+    local name=$1 seconds=${4:-$2} build tool
+    [[ $3 == --inside ]] && return 0
+    build=$(cd "${3:-$here/build}" && pwd)
+    shift 4
+    for tool in ffmpeg ffprobe gst-launch-1.0; do
+        command -v "$tool" >/dev/null || { echo "$name: $tool is missing" >&2; exit 2; }
+    done
+    ninja -C "$build" "$@" >/dev/null
+    exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
+        bash "${BASH_SOURCE[1]}" --inside "$build" "$seconds"
+}

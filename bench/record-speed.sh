@@ -25,20 +25,10 @@
 # FINISH=0 skips the finishing step. Needs ffmpeg (apt-get install ffmpeg) and gstreamer1.0-tools.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-
-if [[ ${1:-} != --inside ]]; then
-    build=$(cd "${1:-$here/build}" && pwd)
-    seconds=${2:-60}
-    for tool in ffmpeg ffprobe gst-launch-1.0; do
-        command -v "$tool" >/dev/null || { echo "record-speed: $tool is missing" >&2; exit 2; }
-    done
-    ninja -C "$build" vexet-record-check vexet-moving-content bench_finish_speed >/dev/null
-    exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
-        bash "${BASH_SOURCE[0]}" --inside "$build" "$seconds"
-fi
+source "$here/bench/figures.sh"
+run_inside_desktop record-speed 60 "${1:-}" "${2:-}" vexet-record-check vexet-moving-content bench_finish_speed
 
 build=$2
-source "$here/bench/figures.sh"
 seconds=$3
 presets=${PRESETS:-superfast}
 rounds=${ROUNDS:-3}
