@@ -27,7 +27,8 @@
 #    look-ahead with macroblock tree), each a change of Vexet's branch, against ffmpeg's own
 #    defaults (-preset superfast -crf 23 and nothing else, on its own conversion, as it records). The
 #    first picture's time in each file is printed too: in GStreamer's fragmented MP4, which has no
-#    edit list, B-frames' reordering delay shifts the whole picture late against the sound.
+#    edit list, B-frames' reordering delay shifts the whole picture late against the sound (a
+#    recording's finishing step takes it back with an edit list).
 #
 # Environment: ROUNDS (default 3). Needs ffmpeg, ffprobe and gstreamer1.0-tools.
 set -euo pipefail
@@ -115,7 +116,8 @@ for kind in ${CONTENTS:-bars desktop}; do
 
         keyint=$(sed -n 's/.*key-int-max=\([0-9]*\).*/\1/p' <<<"$encoder")
         refs=$(sed -n 's/.* ref=\([0-9]*\).*/\1/p' <<<"$encoder")
-        same=(-preset superfast -crf 23 -g "$keyint" -refs "$refs" -bf 0)
+        bframes=$(sed -n 's/.* bframes=\([0-9]*\).*/\1/p' <<<"$encoder")
+        same=(-preset superfast -crf 23 -g "$keyint" -refs "$refs" -bf "$bframes")
 
         echo "-- 1. the same settings"
         row "" bytes/s cpu-s/s yuv-dB rgb-dB
@@ -156,13 +158,12 @@ for kind in ${CONTENTS:-bars desktop}; do
             sed -e "s/key-int-max=[0-9]*/key-int-max=$1/" -e "s/ ref=[0-9]*/ ref=$2/" \
                 -e "s/bframes=[0-9]*/bframes=$3 ${4:-}/" <<<"$encoder"
         }
-        candidate "key 2 s, 1 ref" "$(with $((2 * fps)) 1 0)"
-        candidate "key 5 s, 1 ref" "$(with $((5 * fps)) 1 0)"
-        candidate "key 10 s, 1 ref" "$(with $((10 * fps)) 1 0)"
-        candidate "key 5 s, 2 refs" "$(with $((5 * fps)) 2 0)"
-        candidate "key 5 s, 3 refs" "$(with $((5 * fps)) 3 0)"
-        candidate "key 5 s, 3 B-frames" "$(with $((5 * fps)) 1 3)"
-        candidate "key 5 s, look-ahead" "$(with $((5 * fps)) 1 0 'rc-lookahead=20 mb-tree=true')"
+        candidate "key 8 s, 1 ref, no B" "$(with $((8 * fps)) 1 0)"
+        candidate "key 2 s, 1 ref, 3 B" "$(with $((2 * fps)) 1 3)"
+        candidate "key 5 s, 1 ref, 3 B" "$(with $((5 * fps)) 1 3)"
+        candidate "key 10 s, 1 ref, 3 B" "$(with $((10 * fps)) 1 3)"
+        candidate "key 8 s, 2 refs, 3 B" "$(with $((8 * fps)) 2 3)"
+        candidate "key 8 s, 1 ref, 3 B, look-ahead" "$(with $((8 * fps)) 1 3 'rc-lookahead=20 mb-tree=true')"
         candidate "vexet's defaults" "$encoder"
         row "ffmpeg's defaults" "$db" "$dc" "$dy" "$drgb" "1.000 1.000; ${dstart} s"
         rm -f "$work"/*.y4m "$work"/*.mp4

@@ -142,7 +142,7 @@ if [[ ${FINISH:-1} != 0 ]]; then
     gst-launch-1.0 -q mp4mux name=m fragment-duration=1000 ! filesink location="$long" \
         videotestsrc num-buffers=18000 pattern=smpte horizontal-speed=3 \
         ! video/x-raw,width=1920,height=1080,framerate=30/1 \
-        ! x264enc speed-preset=ultrafast pass=qual quantizer=23 key-int-max=60 bframes=0 ! h264parse ! queue ! m. \
+        ! x264enc speed-preset=ultrafast pass=qual quantizer=23 key-int-max=60 bframes=3 ! h264parse ! queue ! m. \
         audiotestsrc num-buffers=28125 samplesperbuffer=1024 wave=pink-noise volume=0.3 \
         ! audio/x-raw,rate=48000,channels=2 ! avenc_aac aac-coder=fast ! aacparse ! queue ! m. \
         audiotestsrc num-buffers=28125 samplesperbuffer=1024 wave=pink-noise volume=0.1 \

@@ -17,10 +17,12 @@ struct GstMiniObjectUnref {
     void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
     void operator()(GstBuffer* buffer) const { gst_buffer_unref(buffer); }
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
+    void operator()(GstEvent* event) const { gst_event_unref(event); }
 };
 using GstMessagePtr = std::unique_ptr<GstMessage, GstMiniObjectUnref>;
 using GstCapsPtr = std::unique_ptr<GstCaps, GstMiniObjectUnref>;
 using GstSamplePtr = std::unique_ptr<GstSample, GstMiniObjectUnref>;
+using GstEventPtr = std::unique_ptr<GstEvent, GstMiniObjectUnref>;
 
 struct GErrorFree {
     void operator()(GError* error) const { g_error_free(error); }

@@ -159,6 +159,11 @@ void MixPipeline::onDemuxedPad(GstElement*, GstPad* pad, gpointer data)
     const Route& route = *static_cast<Route*>(data);
     GCharPtr name(gst_pad_get_name(pad));
     if (route.track == name.get()) {
+        if (route.track.startsWith("video")) {
+            gst_pad_add_probe(
+                pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, &MixPipeline::onVideoSegment, nullptr, nullptr);
+            gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, &MixPipeline::onFirstPicture, nullptr, nullptr);
+        }
         gst_pad_link(pad, route.input.get());
         return;
     }
@@ -168,6 +173,50 @@ void MixPipeline::onDemuxedPad(GstElement*, GstPad* pad, gpointer data)
     gst_element_sync_state_with_parent(drop);
     GstPadPtr input(sinkPad(drop));
     gst_pad_link(pad, input.get());
+}
+
+GstPadProbeReturn MixPipeline::onVideoSegment(GstPad*, GstPadProbeInfo* info, gpointer)
+{
+    // The demuxer ends a file without an edit list at the end of its decoding times, which with
+    // B-frames comes before the last pictures are shown: the muxer would drop them. Every picture of
+    // the file is copied, so the track has no end but its own.
+    GstEvent* event = gst_pad_probe_info_get_event(info);
+    if (GST_EVENT_TYPE(event) != GST_EVENT_SEGMENT)
+        return GST_PAD_PROBE_OK;
+    const GstSegment* original = nullptr;
+    gst_event_parse_segment(event, &original);
+    if (original->format != GST_FORMAT_TIME || !GST_CLOCK_TIME_IS_VALID(original->stop))
+        return GST_PAD_PROBE_OK;
+    GstSegment open = *original;
+    open.stop = GST_CLOCK_TIME_NONE;
+    GstEvent* replacement = gst_event_new_segment(&open);
+    gst_event_set_seqnum(replacement, gst_event_get_seqnum(event));
+    gst_event_unref(event);
+    GST_PAD_PROBE_INFO_DATA(info) = replacement;
+    return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn MixPipeline::onFirstPicture(GstPad* pad, GstPadProbeInfo* info, gpointer)
+{
+    // A fragmented MP4 from GStreamer's muxer has no edit list: its video track starts at the
+    // decoding time of its first picture, so that with B-frames every picture is shown late by the
+    // encoder's reordering delay, the first picture's distance from its decoding time. Moved back by
+    // that much, the first picture is shown at its own time again, its decoding starts before zero,
+    // and the muxer writes an edit list that skips the delay rather than an empty edit that adds it.
+    // A file whose own edit list already skips it decodes from before zero and is left as it is.
+    const GstBuffer* buffer = gst_pad_probe_info_get_buffer(info);
+    GstEventPtr event(gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0));
+    if (!event || !GST_BUFFER_PTS_IS_VALID(buffer) || !GST_BUFFER_DTS_IS_VALID(buffer))
+        return GST_PAD_PROBE_REMOVE;
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(event.get(), &segment);
+    guint64 shown = 0;
+    guint64 decoded = 0;
+    if (gst_segment_to_running_time_full(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer), &shown) > 0
+        && gst_segment_to_running_time_full(segment, GST_FORMAT_TIME, GST_BUFFER_DTS(buffer), &decoded) > 0
+        && shown > decoded)
+        gst_pad_set_offset(pad, -static_cast<gint64>(shown - decoded));
+    return GST_PAD_PROBE_REMOVE;
 }
 
 GstPadProbeReturn MixPipeline::onVideoData(GstPad*, GstPadProbeInfo*, gpointer self)

@@ -19,7 +19,9 @@
 // only for its own: nothing piles up in memory however long the recording, and a track that starts
 // late holds nothing back. The queues give mixing, encoding and muxing a thread each, and the decoded
 // audio is gathered into tenths of a second, so that the encoder, the slowest part, never waits. With
-// one audio track the track goes straight to the muxer; with none there is no audio branch.
+// one audio track the track goes straight to the muxer; with none there is no audio branch. The video
+// packets pass unchanged; only their times move back by the B-frames' reordering delay, which the
+// fragmented input has no edit list to skip.
 class MixPipeline {
 public:
     // Where the header goes. Either way it ends up in front of the media data.
@@ -52,6 +54,8 @@ private:
     std::optional<Error> wait();
     void removeOutputs() const;
     static void onDemuxedPad(GstElement* demuxer, GstPad* pad, gpointer route);
+    static GstPadProbeReturn onVideoSegment(GstPad* pad, GstPadProbeInfo* info, gpointer);
+    static GstPadProbeReturn onFirstPicture(GstPad* pad, GstPadProbeInfo* info, gpointer);
     static GstPadProbeReturn onVideoData(GstPad* pad, GstPadProbeInfo* info, gpointer self);
 
     QString m_input;

@@ -14,7 +14,7 @@ public:
     // A desktop's stream that has been quiet for this long repeats its last frame.
     static constexpr int keepAliveMs = 100;
     // The encoder's distance between key frames.
-    static constexpr int keyFrameSeconds = 5;
+    static constexpr int keyFrameSeconds = 8;
     // Audio sources are named "audio_source0", "audio_source1", … in track order.
     static QString audioSource(int index);
 
@@ -26,8 +26,10 @@ public:
     //
     // A fragmented MP4 from GStreamer's muxer starts every track at zero and has no edit lists, so the
     // tracks are made to start at zero themselves: audio is filled with silence from the start (and
-    // across any drop-out), the first picture is stretched back to the start (see the session), and
-    // the encoder makes no B-frames, whose reordering delay would otherwise shift the video.
+    // across any drop-out) and the first picture is stretched back to the start (see the session).
+    // Only the encoder's B-frames still shift the pictures in this file, by their reordering delay of
+    // two frames (67 ms at 30 fps, 33 ms at 60): the finishing step takes that back with an edit list,
+    // so that only a recording that was never finished shows its pictures that much late.
     static QString describe(const CaptureRequest& request);
 
     // The parts of the video branch, for benchmarks as much as for describe(): the request's source

@@ -89,6 +89,13 @@ private Q_SLOTS:
         QCOMPARE(result.audio().size(), 1);
         QCOMPARE(result.audio().first().digest, original.audio().first().digest);
         QCOMPARE(result.video().first().digest, original.video().first().digest);
+        // The fragmented input shows its pictures late by the B-frames' reordering delay; the result
+        // shows the first one with the first sound.
+        QVERIFY2(original.video().first().firstTime > 0.5 / 30,
+            qPrintable(u"the input's pictures start at %1 s"_s.arg(original.video().first().firstTime)));
+        QCOMPARE(original.audio().first().firstTime, 0.0);
+        QCOMPARE(result.video().first().firstTime, 0.0);
+        QCOMPARE(result.audio().first().firstTime, 0.0);
     }
 
     void twoAudioTracksAreMixedAtHalfLevel()
@@ -162,6 +169,10 @@ private Q_SLOTS:
         QCOMPARE(result.audio().first().digest, original.audio().first().digest);
         QVERIFY2(std::abs(result.audio().first().firstTime - 1.0) < 0.05,
             qPrintable(u"the copied track starts at %1 s"_s.arg(result.audio().first().firstTime)));
+        // A regular input's own edit list already shows its first picture at its time; it stays there.
+        QCOMPARE(original.video().first().firstTime, 0.0);
+        QCOMPARE(result.video().first().firstTime, 0.0);
+        QCOMPARE(result.video().first().digest, original.video().first().digest);
     }
 
     void theCopiedHeaderLayoutIsARegularFileToo()

@@ -157,6 +157,12 @@ private Q_SLOTS:
         const QList<double> keys = packets.video().front().keyTimes;
         QVERIFY2(keys.size() >= 2, qPrintable(u"%1 key frames"_s.arg(keys.size())));
         QCOMPARE(keys.front(), packets.video().front().firstTime);
+        // The first picture is shown with the first sound, not after the encoder's reordering delay.
+        QCOMPARE(packets.audio().size(), 1);
+        const double pictureStart = packets.video().front().firstTime;
+        const double soundStart = packets.audio().front().firstTime;
+        QVERIFY2(std::abs(pictureStart - soundStart) < 0.5 / options.fps,
+            qPrintable(u"the picture starts at %1 s, the sound at %2 s"_s.arg(pictureStart).arg(soundStart)));
         for (qsizetype i = 1; i < keys.size(); ++i) {
             QVERIFY2(
                 keys.at(i) - keys.at(i - 1) <= RecordingPipeline::keyFrameSeconds + 1.0 / options.fps + 1e-6,

@@ -60,8 +60,13 @@ std::optional<double> MediaSeek::pictureAt(const QString& path, double seconds, 
         g_object_get(asGObject(sink.get()), "last-sample", &raw, nullptr);
         GstSamplePtr sample(raw);
         GstBuffer* buffer = sample ? gst_sample_get_buffer(sample.get()) : nullptr;
-        if (buffer && GST_BUFFER_PTS_IS_VALID(buffer))
-            shown = static_cast<double>(GST_BUFFER_PTS(buffer)) / GST_SECOND;
+        const GstSegment* segment = sample ? gst_sample_get_segment(sample.get()) : nullptr;
+        // The file's own time of the picture: an edit list may start the track inside its media.
+        const GstClockTime time = buffer && segment
+            ? gst_segment_to_stream_time(segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer))
+            : GST_CLOCK_TIME_NONE;
+        if (GST_CLOCK_TIME_IS_VALID(time))
+            shown = static_cast<double>(time) / GST_SECOND;
         else
             *error = u"no picture after the seek"_s;
     }

@@ -18,7 +18,7 @@ QString TestMedia::write(const QString& path, double videoSeconds, const QList<T
     QString description
         = u"mp4mux name=m fragment-duration=%1 ! filesink name=out "
           u"videotestsrc num-buffers=%2 pattern=%3 ! video/x-raw,width=%4,height=%5,framerate=30/1 "
-          u"! x264enc speed-preset=ultrafast key-int-max=30 ! h264parse ! queue ! m. "_s
+          u"! x264enc speed-preset=superfast key-int-max=30 bframes=3 ! h264parse ! queue ! m. "_s
               .arg(fragmented ? 1000 : 0)
               .arg(frames)
               .arg(pattern)

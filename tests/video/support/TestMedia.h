@@ -3,8 +3,8 @@
 #include <QList>
 #include <QString>
 
-// Small MP4 files made the way the recorder makes them: H.264 video and AAC audio tracks, fragmented
-// about once a second unless asked otherwise.
+// Small MP4 files made the way the recorder makes them: H.264 video with B-frames and AAC audio
+// tracks, fragmented about once a second unless asked otherwise.
 class TestMedia {
 public:
     struct Tone {
