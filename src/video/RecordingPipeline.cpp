@@ -107,8 +107,8 @@ QString RecordingPipeline::encoder(const CaptureRequest& request)
     // them: on screen content the B-frames buy about two thirds of a decibel of SSIM for a fiftieth
     // more bytes at 30 fps, and fewer bytes at a better SSIM at 60, for a fifth to a third more of
     // the encoder's time; a second reference frame costs a tenth more of it for no measurable gain
-    // (bench/encoder.sh).
-    // The B-frames' reordering delay is taken back when the recording is finished (see describe()).
+    // (bench/encoder.sh). The B-frames' reordering delay is taken back when the recording is
+    // finished (see describe()).
     return u"x264enc speed-preset=%1 pass=qual quantizer=23 vbv-buf-capacity=0 key-int-max=%2 ref=1 bframes=3"
            u" aud=false ! video/x-h264,level=(string)%3 ! h264parse"_s.arg(request.speedPreset)
                .arg(keyFrameSeconds * fps)
