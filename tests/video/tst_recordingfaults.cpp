@@ -121,6 +121,9 @@ private Q_SLOTS:
     {
         if (!namespacesAvailable())
             QSKIP("this system allows no private mount namespaces (unshare -rm), which the small disk needs");
+        // Noise takes about 6 MB a second, and the muxer cuts a fragment early at every key frame x264
+        // puts in where the noise changes the whole picture: a disk of 24 MB holds several whole
+        // fragments, however they fall, before the write that fails.
         showContent(u"noise"_s);
         const QString disk = path(u"disk"_s);
         const QString out = path(u"disk-out"_s);
@@ -128,7 +131,7 @@ private Q_SLOTS:
         RecordCheckProcess driver;
         driver.start({ u"--region"_s, u"DUMMY0:0,0,800,600"_s, u"--seconds"_s, u"60"_s, u"--out"_s,
                          disk + u"/film.mp4"_s },
-            { u"unshare"_s, u"-rm"_s, u"sh"_s, u"-c"_s, mountScript, u"sh"_s, disk, out, u"size=8m"_s });
+            { u"unshare"_s, u"-rm"_s, u"sh"_s, u"-c"_s, mountScript, u"sh"_s, disk, out, u"size=24m"_s });
         QVERIFY(driver.waitForExit(90000));
         QVERIFY2(driver.exitCode() != 90, "the small disk could not be mounted");
         QCOMPARE(driver.exitCode(), 1);
@@ -142,7 +145,7 @@ private Q_SLOTS:
         QFile listing(QDir(out).filePath(u"listing"_s));
         QVERIFY(listing.open(QIODevice::ReadOnly));
         QCOMPARE(QString::fromUtf8(listing.readAll()).trimmed(), QFileInfo(recovery).fileName());
-        checkPlayable(QDir(out).filePath(QFileInfo(recovery).fileName()), 1.0);
+        checkPlayable(QDir(out).filePath(QFileInfo(recovery).fileName()), 2.0);
     }
 
     void anUnwritableFolderFailsAtTheStartAndLeavesNothing()
