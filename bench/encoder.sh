@@ -75,7 +75,7 @@ row() { printf '%-24s %9s %8s %8s %8s %s\n' "$@"; }
 # "bytes cpu yuv rgb start" and keeps the file as $work/NAME.mp4.
 ours() {
     local out=$work/$1.mp4 words cpu
-    read -ra words <<<"filesrc location=$work/vexet.y4m ! y4mdec ! $2 ! mp4mux fragment-duration=1000 ! filesink location=$out"
+    read -ra words <<<"filesrc location=$work/vexet.y4m ! y4mdec ! capssetter caps=video/x-raw,colorimetry=(string)$colours ! $2 ! mp4mux fragment-duration=1000 ! filesink location=$out"
     cpu=$(encode_cpu "$gst_base" gst-launch-1.0 -q "${words[@]}")
     result "$out" "$work/vexet.y4m" "$cpu"
 }
@@ -104,6 +104,8 @@ for kind in ${CONTENTS:-bars desktop}; do
         echo "== $kind content, 1920 × 1080 at $fps fps: $(frames "$lossless") lossless frames of $((fps * seconds)) =="
         conversion=$("$build/bench/bench_recording_branches" conversion 1920 1080 "$fps")
         encoder=$("$build/bench/bench_recording_branches" encoder 1920 1080 "$fps")
+        # YUV4MPEG files keep the colour siting but not the matrix: the encoder is told it again.
+        colours=$("$build/bench/bench_recording_branches" colorimetry 1920 1080 "$fps")
         echo "Vexet's encoder branch: $encoder"
         # read -ra: the descriptions are split into gst-launch's words, as a shell would split them.
         read -ra words <<<"filesrc location=$lossless ! matroskademux ! h264parse ! avdec_h264 ! $conversion y4menc ! filesink location=$work/vexet.y4m"

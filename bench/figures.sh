@@ -25,7 +25,9 @@ run_inside_desktop() {
     for tool in ffmpeg ffprobe gst-launch-1.0; do
         command -v "$tool" >/dev/null || { echo "$name: $tool is missing" >&2; exit 2; }
     done
-    ninja -C "$build" "$@" >/dev/null
+    # gstvexet: the program's own GStreamer elements, for gst-launch-1.0 to run its branches.
+    ninja -C "$build" gstvexet "$@" >/dev/null
+    export GST_PLUGIN_PATH=$build/bench${GST_PLUGIN_PATH:+:$GST_PLUGIN_PATH}
     exec bash "$here/tests/desktop/virtual-desktop.sh" --screen 1920x1080 -- \
         bash "${BASH_SOURCE[1]}" --inside "$build" "$seconds"
 }

@@ -1,11 +1,13 @@
 // bench_recording_branches: prints a part of the recording pipeline's description, so that benchmark
 // scripts run exactly what a recording runs.
 //
-//   bench_recording_branches pictures|conversion|encoder WIDTH HEIGHT FPS
+//   bench_recording_branches pictures|conversion|colorimetry|encoder WIDTH HEIGHT FPS
 //
 // pictures: the default X display's rectangle 0,0 WIDTH × HEIGHT (no pointer) as raw I420 pictures;
-// conversion: any raw video to those pictures; encoder: the H.264 encoder for them.
+// conversion: any raw video to those pictures; colorimetry: the colours they declare, as GStreamer
+// writes them; encoder: the H.264 encoder for them.
 #include "RecordingPipeline.h"
+#include "RgbToI420.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -23,7 +25,7 @@ int main(int argc, char* argv[])
     const int height = arguments.value(3).toInt();
     const int fps = arguments.value(4).toInt();
     if (arguments.size() != 5 || width < 16 || height < 16 || fps < 1) {
-        err << "usage: bench_recording_branches pictures|conversion|encoder WIDTH HEIGHT FPS\n";
+        err << "usage: bench_recording_branches pictures|conversion|colorimetry|encoder WIDTH HEIGHT FPS\n";
         return 2;
     }
     CaptureRequest request;
@@ -37,6 +39,8 @@ int main(int argc, char* argv[])
         out << RecordingPipeline::pictures(request) << '\n';
     else if (part == u"conversion"_s)
         out << RecordingPipeline::conversion(request) << '\n';
+    else if (part == u"colorimetry"_s)
+        out << RgbToI420::colorimetry << '\n';
     else if (part == u"encoder"_s)
         out << RecordingPipeline::encoder(request) << '\n';
     else

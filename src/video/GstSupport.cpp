@@ -1,6 +1,7 @@
 #include "GstSupport.h"
 
 #include "GstPointers.h"
+#include "RgbToI420.h"
 
 #include <mutex>
 
@@ -9,7 +10,10 @@ using namespace Qt::StringLiterals;
 void GstSupport::ensureInitialized()
 {
     static std::once_flag once;
-    std::call_once(once, [] { gst_init(nullptr, nullptr); });
+    std::call_once(once, [] {
+        gst_init(nullptr, nullptr);
+        RgbToI420::registerElement(nullptr);
+    });
 }
 
 QStringList GstSupport::missingElements(CaptureStream::Kind source)

@@ -1,6 +1,7 @@
 #include "RecordingPipeline.h"
 
 #include "H264Level.h"
+#include "RgbToI420.h"
 
 using namespace Qt::StringLiterals;
 
@@ -75,18 +76,19 @@ QString RecordingPipeline::pictures(const CaptureRequest& request)
 
 QString RecordingPipeline::conversion(const CaptureRequest& request)
 {
-    // Each colour sample stands for the middle of its 2 × 2 pixels (their mean), and x264enc writes
-    // that into the file. Sited left of them, as GStreamer does for HD pictures unless told, every
-    // sharp colour edge is spread over a blended sample whose value depends on where the edge falls:
-    // moving screen content then costs up to two fifths more bytes, at a lower quality
-    // (bench/capture-path.sh). The siting holds only beside a colorimetry, which is GStreamer's own
-    // choice made explicit: BT.709 above 576 lines, BT.601 up to them.
-    const int height = request.frameSize.height;
-    return u"videoconvertscale add-borders=true ! "
-           u"video/x-raw,format=I420,width=%1,height=%2,pixel-aspect-ratio=1/1,"
-           u"colorimetry=%3,chroma-site=jpeg ! "_s.arg(request.frameSize.width)
-               .arg(height)
-               .arg(height > 576 ? u"bt709"_s : u"bt601"_s);
+    // Pictures of the recording's size in the screen's own pixel format pass videoconvertscale
+    // untouched; it only scales a window that changed size, or turns a desktop's other formats into
+    // BGRx. The colour conversion is libyuv's (RgbToI420): a fifth of videoconvertscale's time, which
+    // is a fifth of all a recording's work (bench/capture-path.sh). Each colour sample is the mean of
+    // its 2 × 2 pixels, and x264enc writes that siting into the file: sited left of them, as
+    // GStreamer does for HD pictures unless told, every sharp colour edge is spread over a blended
+    // sample whose value depends on where the edge falls, and moving screen content costs up to two
+    // fifths more bytes at a lower quality. libyuv has BT.601's matrix only, which the file declares;
+    // players honour it at any size.
+    return u"videoconvertscale add-borders=true ! video/x-raw,format=(string){BGRx,BGRA},width=%1,height=%2,"
+           u"pixel-aspect-ratio=1/1 ! %3 ! "_s.arg(request.frameSize.width)
+               .arg(request.frameSize.height)
+               .arg(QString::fromLatin1(RgbToI420::elementName));
 }
 
 QString RecordingPipeline::encoder(const CaptureRequest& request)

@@ -31,10 +31,9 @@ QString RecordingCheck::problems(
     const MediaReader::Decoded decoded = MediaReader::decode(file);
     if (!decoded.error.isEmpty())
         return decoded.error;
-    const QString colorimetry
-        = u"colorimetry=(string)%1"_s.arg(size.height() > 576 ? u"bt709"_s : u"bt601"_s);
+    // Studio range, BT.601's matrix, BT.709's transfer and primaries; colour sampled in the middle.
     if (!decoded.videoCaps.contains(u"chroma-site=(string)jpeg"_s)
-        || !decoded.videoCaps.contains(colorimetry))
+        || !decoded.videoCaps.contains(u"colorimetry=(string)2:4:5:1"_s))
         return u"pictures described as %1"_s.arg(decoded.videoCaps);
     const double duration = decoded.videoEnd;
     if (std::abs(duration - recordedSeconds) > tolerance)
