@@ -29,6 +29,8 @@
 #    first picture's time in each file is printed too: in GStreamer's fragmented MP4, which has no
 #    edit list, B-frames' reordering delay shifts the whole picture late against the sound (a
 #    recording's finishing step takes it back with an edit list).
+# 4. Vexet's defaults at CRF 22 and 24 too: the bytes Vexet needs for the SSIM (rgb) of ffmpeg's
+#    defaults, read off the straight line through the two nearest of the three (log bytes against dB).
 #
 # Environment: ROUNDS (default 3). Needs ffmpeg, ffprobe and gstreamer1.0-tools.
 set -euo pipefail
@@ -119,7 +121,8 @@ for kind in ${CONTENTS:-bars desktop}; do
         keyint=$(sed -n 's/.*key-int-max=\([0-9]*\).*/\1/p' <<<"$encoder")
         refs=$(sed -n 's/.* ref=\([0-9]*\).*/\1/p' <<<"$encoder")
         bframes=$(sed -n 's/.* bframes=\([0-9]*\).*/\1/p' <<<"$encoder")
-        same=(-preset superfast -crf 23 -g "$keyint" -refs "$refs" -bf "$bframes")
+        motion=$(sed -n 's/.* me=\([a-z]*\).*/\1/p' <<<"$encoder")
+        same=(-preset superfast -crf 23 -g "$keyint" -refs "$refs" -bf "$bframes" ${motion:+-me_method "$motion"})
 
         echo "-- 1. the same settings"
         row "" bytes/s cpu-s/s yuv-dB rgb-dB
@@ -168,6 +171,32 @@ for kind in ${CONTENTS:-bars desktop}; do
         candidate "key 8 s, 1 ref, 3 B, look-ahead" "$(with $((8 * fps)) 1 3 'rc-lookahead=20 mb-tree=true')"
         candidate "vexet's defaults" "$encoder"
         row "ffmpeg's defaults" "$db" "$dc" "$dy" "$drgb" "1.000 1.000; ${dstart} s"
+
+        echo "-- 4. at equal quality: Vexet's defaults at CRF 22 and 24 beside 23"
+        points=("23 $ob $orgb")
+        for q in 22 24; do
+            read -r qb _ _ qrgb _ < <(rounds=1 ours "crf-$q" "${encoder/quantizer=23/quantizer=$q}")
+            points+=("$q $qb $qrgb")
+            row "vexet, CRF $q" "$qb" - - "$qrgb" "$(ratio "$qb" "$db")"
+        done
+        if awk -v b="$ob" -v q="$orgb" -v tb="$db" -v tq="$drgb" 'BEGIN { exit !(b <= tb && q >= tq) }'; then
+            echo "at CRF 23 Vexet already makes fewer bytes at a better SSIM"
+        else
+            printf '%s\n' "${points[@]}" | sort -k3 -g | awk -v target="$drgb" -v theirs="$db" '
+                { bytes[NR] = $2; db[NR] = $3 }
+                END {
+                    # log(bytes) against SSIM dB, straight between the two points around ffmpeg'"'"'s.
+                    if (target < db[1] || target > db[NR]) {
+                        printf "ffmpeg'"'"'s rgb SSIM (%s dB) lies outside those of CRF 22 to 24\n", target
+                        exit
+                    }
+                    i = 1
+                    while (i < NR - 1 && db[i + 1] < target) i++
+                    t = (target - db[i]) / (db[i + 1] - db[i])
+                    b = exp(log(bytes[i]) + t * (log(bytes[i + 1]) - log(bytes[i])))
+                    printf "at ffmpeg'"'"'s rgb SSIM (%s dB) Vexet needs %d bytes/s: %.3f× ffmpeg'"'"'s\n", target, b, b / theirs
+                }'
+        fi
         rm -f "$work"/*.y4m "$work"/*.mp4
     done
     kill "$content"

@@ -110,9 +110,11 @@ QString RecordingPipeline::encoder(const CaptureRequest& request)
     // more bytes at 30 fps, and fewer bytes at a better SSIM at 60, for a fifth to a third more of
     // the encoder's time; a second reference frame costs a tenth more of it for no measurable gain
     // (bench/encoder.sh). The B-frames' reordering delay is taken back when the recording is
-    // finished (see describe()).
+    // finished (see describe()). Motion is searched in a hexagon rather than the preset's diamond:
+    // a twentieth fewer bytes on sharp moving edges, a hundredth on the desktop, for a fiftieth
+    // more of the encoder's time.
     return u"x264enc speed-preset=%1 pass=qual quantizer=23 vbv-buf-capacity=0 key-int-max=%2 ref=1 bframes=3"
-           u" aud=false ! video/x-h264,level=(string)%3 ! h264parse"_s.arg(request.speedPreset)
+           u" me=hex aud=false ! video/x-h264,level=(string)%3 ! h264parse"_s.arg(request.speedPreset)
                .arg(keyFrameSeconds * fps)
                .arg(H264Level::forFrames(request.frameSize.width, request.frameSize.height, fps));
 }

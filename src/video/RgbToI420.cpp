@@ -36,6 +36,9 @@ GstCapsPtr outputCaps()
 // The same pictures on the other side: every field but the pixel format and its colour description.
 GstCaps* transformCaps(GstBaseTransform*, GstPadDirection direction, GstCaps* caps, GstCaps* filter)
 {
+    // Anything on one side takes anything on the other; the pad templates narrow it.
+    if (gst_caps_is_any(caps))
+        return filter ? gst_caps_ref(filter) : gst_caps_new_any();
     GstCaps* result = gst_caps_new_empty();
     for (guint i = 0; i < gst_caps_get_size(caps); ++i) {
         GstStructure* structure = gst_structure_copy(gst_caps_get_structure(caps, i));
