@@ -78,13 +78,13 @@ QString RecordingPipeline::conversion(const CaptureRequest& request)
 {
     // Pictures of the recording's size in the screen's own pixel format pass videoconvertscale
     // untouched; it only scales a window that changed size, or turns a desktop's other formats into
-    // BGRx. The colour conversion is libyuv's (RgbToI420): a fifth of videoconvertscale's time, which
-    // is a fifth of all a recording's work (bench/capture-path.sh). Each colour sample is the mean of
-    // its 2 × 2 pixels, and x264enc writes that siting into the file: sited left of them, as
+    // BGRx. The colour conversion is libyuv's (RgbToI420), in a fifth of videoconvertscale's time:
+    // done by videoconvertscale, it was a fifth of all a recording's work. Each colour sample is the
+    // mean of its 2 × 2 pixels, and x264enc writes that siting into the file: sited left of them, as
     // GStreamer does for HD pictures unless told, every sharp colour edge is spread over a blended
     // sample whose value depends on where the edge falls, and moving screen content costs up to two
-    // fifths more bytes at a lower quality. libyuv has BT.601's matrix only, which the file declares;
-    // players honour it at any size.
+    // fifths more bytes at a lower quality. libyuv converts with BT.601's matrix only, at any picture
+    // size, and the file says so for players to follow.
     return u"videoconvertscale add-borders=true ! video/x-raw,format=(string){BGRx,BGRA},width=%1,height=%2,"
            u"pixel-aspect-ratio=1/1 ! %3 ! "_s.arg(request.frameSize.width)
                .arg(request.frameSize.height)
