@@ -2,6 +2,7 @@
 
 #include "GstPointers.h"
 
+#include <array>
 #include <gst/video/gstvideofilter.h>
 #include <libyuv/convert_from_argb.h>
 #include <string>
@@ -16,13 +17,27 @@ struct FilterClass {
 };
 
 // libyuv's "ARGB" is the byte order B, G, R, A: GStreamer's BGRx and BGRA.
-constexpr auto inputFormats = "{ BGRx, BGRA }";
+constexpr std::array inputFormats { "BGRx", "BGRA" };
 constexpr auto anySize = "width=(int)[1,max],height=(int)[1,max],framerate=(fraction)[0/1,max]";
+
+// Sets the structure's "format" to the list of input formats.
+void setInputFormats(GstStructure* structure)
+{
+    GValue formats = G_VALUE_INIT;
+    g_value_init(&formats, GST_TYPE_LIST);
+    for (const char* format : inputFormats) {
+        GValue value = G_VALUE_INIT;
+        g_value_set_static_string(g_value_init(&value, G_TYPE_STRING), format);
+        gst_value_list_append_and_take_value(&formats, &value);
+    }
+    gst_structure_take_value(structure, "format", &formats);
+}
 
 GstCapsPtr inputCaps()
 {
-    return GstCapsPtr(gst_caps_from_string(
-        (std::string("video/x-raw,format=(string)") + inputFormats + ',' + anySize).c_str()));
+    GstCapsPtr caps(gst_caps_from_string((std::string("video/x-raw,") + anySize).c_str()));
+    setInputFormats(gst_caps_get_structure(caps.get(), 0));
+    return caps;
 }
 
 GstCapsPtr outputCaps()
@@ -47,14 +62,7 @@ GstCaps* transformCaps(GstBaseTransform*, GstPadDirection direction, GstCaps* ca
             gst_structure_set(structure, "format", G_TYPE_STRING, "I420", "colorimetry", G_TYPE_STRING,
                 RgbToI420::colorimetry, "chroma-site", G_TYPE_STRING, "jpeg", nullptr);
         } else {
-            GValue formats = G_VALUE_INIT;
-            g_value_init(&formats, GST_TYPE_LIST);
-            for (const char* format : { "BGRx", "BGRA" }) {
-                GValue value = G_VALUE_INIT;
-                g_value_set_static_string(g_value_init(&value, G_TYPE_STRING), format);
-                gst_value_list_append_and_take_value(&formats, &value);
-            }
-            gst_structure_take_value(structure, "format", &formats);
+            setInputFormats(structure);
         }
         result = gst_caps_merge_structure(result, structure);
     }
