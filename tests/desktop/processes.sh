@@ -50,3 +50,30 @@ await() {
         sleep 0.05
     done
 }
+
+# Says which of the programs started so far ($pids, $names of the sourcing script) are no longer
+# running, with their exit status where it can still be had; when $1 is not 0 (the command
+# failed), also what each running one is doing: its state, CPU seconds and the kernel function it
+# waits in. A program that crashed or stopped answering during the run shows up here.
+report_programs() {
+    local failed=$1 i pid state status stat fields wchan ticks
+    ticks=$(getconf CLK_TCK 2>/dev/null || echo 100)
+    for i in "${!pids[@]}"; do
+        pid=${pids[i]}
+        state=$(proc_state "$pid")
+        if [[ -z $state ]]; then
+            say "${names[i]} (process $pid) had exited before the desktop stopped"
+        elif [[ $state == Z ]]; then
+            status=0
+            wait "$pid" 2>/dev/null || status=$?
+            ((status > 128)) && status="$status, signal $(kill -l "$((status - 128))" 2>/dev/null)"
+            say "${names[i]} (process $pid) had exited before the desktop stopped: status $status"
+        elif ((failed)); then
+            read -r stat 2>/dev/null <"/proc/$pid/stat" || continue
+            read -r -a fields <<<"${stat##*) }"
+            wchan=$(tr -d '\0' 2>/dev/null <"/proc/$pid/wchan")
+            say "${names[i]} (process $pid): state $state, $(((fields[11] + fields[12]) / ticks)) s of CPU," \
+                "waiting in ${wchan:-?}"
+        fi
+    done
+}

@@ -199,6 +199,7 @@ cleanup() {
         caught=15
         stop_command
     fi
+    report_programs "$status"
     for ((i = ${#pids[@]} - 1; i >= 0; i--)); do
         stop_group "${pids[i]}" "${names[i]}"
         if [[ ${names[i]} == Xorg && -n $display_num ]]; then

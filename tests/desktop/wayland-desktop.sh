@@ -409,6 +409,7 @@ cleanup() {
         caught=15
         stop_command
     fi
+    report_programs "$status"
     stop_programs
     if [[ -n $dir ]]; then
         stop_strays
@@ -593,7 +594,7 @@ chooser_type=simple
 chooser_cmd=$dir/bin/screencast-chooser
 CONF
     start xdg-desktop-portal-wlr "$portal_wlr_log" env PATH="$dir/bin:$PATH" XDPW_PERSIST_MODE=permanent \
-        "$screencast_bin" --loglevel=WARN --config="$dir/portal-wlr.conf"
+        "$screencast_bin" --loglevel=DEBUG --config="$dir/portal-wlr.conf"
 fi
 portal_wlr_pid=$started
 portal_gtk_log=$dir/logs/xdg-desktop-portal-gtk.log
