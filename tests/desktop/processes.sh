@@ -53,10 +53,11 @@ await() {
 
 # Says which of the programs started so far ($pids, $names of the sourcing script) are no longer
 # running, with their exit status where it can still be had; when $1 is not 0 (the command
-# failed), also what each running one is doing: its state, CPU seconds and the kernel function it
-# waits in. A program that crashed or stopped answering during the run shows up here.
+# failed), also what each running one is doing: its state, CPU seconds and, for each of its
+# threads, the kernel function it waits in. A program that crashed or stopped answering during the
+# run shows up here.
 report_programs() {
-    local failed=$1 i pid state status stat fields wchan ticks
+    local failed=$1 i pid state status stat fields wchan ticks task comm waits
     ticks=$(getconf CLK_TCK 2>/dev/null || echo 100)
     for i in "${!pids[@]}"; do
         pid=${pids[i]}
@@ -71,9 +72,14 @@ report_programs() {
         elif ((failed)); then
             read -r stat 2>/dev/null <"/proc/$pid/stat" || continue
             read -r -a fields <<<"${stat##*) }"
-            wchan=$(tr -d '\0' 2>/dev/null <"/proc/$pid/wchan")
-            say "${names[i]} (process $pid): state $state, $(((fields[11] + fields[12]) / ticks)) s of CPU," \
-                "waiting in ${wchan:-?}"
+            waits=""
+            for task in /proc/"$pid"/task/*; do
+                read -r comm 2>/dev/null <"$task/comm" || continue
+                wchan=$(tr -d '\0' 2>/dev/null <"$task/wchan")
+                waits+=" $comm:$(proc_state "$pid/task/${task##*/}")/${wchan:-?}"
+            done
+            say "${names[i]} (process $pid): state $state, $(((fields[11] + fields[12]) / ticks)) s of CPU;" \
+                "threads (name:state/kernel function waited in):$waits"
         fi
     done
 }

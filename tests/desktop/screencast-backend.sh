@@ -171,7 +171,7 @@ dsc=("$work/download"/*.dsc)
 logged "unpacking ${dsc[0]##*/}" dpkg-source -x "${dsc[0]}" "$work/tree"
 
 # ---------------------------------------------------------------------------------------------
-# The changes, all in src/screencast/screencast.c:
+# The changes, in src/screencast/screencast.c and src/core/main.c:
 #  * xdpw_screencast_instance_destroy frees the cast's target after its stream, not before:
 #    destroying a stream that a client still reads ends its "streaming" state, whose handler
 #    queues one last buffer and reads the freed target for it. The backend crashed that way
@@ -180,7 +180,13 @@ logged "unpacking ${dsc[0]##*/}" dpkg-source -x "${dsc[0]}" "$work/tree"
 #  * Start stops at the session it looks for. Without the break, the loop runs past the end and
 #    the persist mode put in Start's answer is read from the list head as if it were a session: a
 #    stray number, so the restore data went out whatever the mode (and would not, were that number
-#    0). With it the answer carries the session's own mode.
+#    0). With it the answer carries the session's own mode;
+#  * the main loop no longer waits in wl_display_dispatch for Wayland events that a D-Bus handler
+#    of the same round has already read. When one wake-up brought both, and the D-Bus messages
+#    held a Start (whose handler reads the compositor's answers itself), wl_display_dispatch found
+#    nothing left and waited for the next event; with no frame asked for yet - the new cast waits
+#    for PipeWire's "streaming", which that loop never got to read - none came, and the backend
+#    answered nothing more. Now it reads only what is there.
 # patch fails, and so does this script, when the lines are not there exactly (another version of
 # the backend).
 
@@ -217,8 +223,32 @@ if ! patch -d "$work/tree" -p1 --forward --batch --fuzz=0 --no-backup-if-mismatc
  		}
  	}
  	if (!cast) {
+--- a/src/core/main.c
++++ b/src/core/main.c
+@@ -228,7 +228,20 @@
+ 
+ 		if (pollfds[EVENT_LOOP_WAYLAND].revents & POLLIN) {
+ 			logprint(TRACE, "event-loop: got wayland event");
+-			ret = wl_display_dispatch(state.wl_display);
++			// The D-Bus handlers above may have read these events already (Start does a
++			// roundtrip): wl_display_dispatch would then wait for more, which may never come.
++			ret = 0;
++			if (wl_display_prepare_read(state.wl_display) == 0) {
++				struct pollfd wayland = { .fd = pollfds[EVENT_LOOP_WAYLAND].fd, .events = POLLIN };
++				if (poll(&wayland, 1, 0) > 0) {
++					ret = wl_display_read_events(state.wl_display);
++				} else {
++					wl_display_cancel_read(state.wl_display);
++				}
++			}
++			if (ret >= 0) {
++				ret = wl_display_dispatch_pending(state.wl_display);
++			}
+ 			if (ret < 0) {
+ 				logprint(ERROR, "wl_display_dispatch failed: %s", strerror(errno));
+ 				goto error;
 PATCH
-    say "src/screencast/screencast.c in $source_package $source_version is not what this script" \
+    say "the sources of $source_package $source_version are not what this script" \
         "expects; the changes need redoing for this version:"
     sed 's/^/    /' "$work/patch.log" >&2
     exit 1
