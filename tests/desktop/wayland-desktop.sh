@@ -586,7 +586,8 @@ else
     # The chooser runs through "sh -c", so its path goes in as a word without blanks or quotes: the
     # private directory's. No max_fps: the cast follows the output's refresh and whatever rate the
     # client asks for. The backend gives a restore token for an output a chooser picked only when
-    # XDPW_PERSIST_MODE allows it (it stands in for a "remember" box the chooser would show).
+    # XDPW_PERSIST_MODE allows it (it stands in for a "remember" box the chooser would show). Its
+    # log has each session's steps (DEBUG; each frame's would be TRACE), to tell where it stopped.
     ln -s "$here/../wayland/desktop/screencast-chooser" "$dir/bin/screencast-chooser"
     cat >"$dir/portal-wlr.conf" <<CONF
 [screencast]
